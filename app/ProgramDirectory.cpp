@@ -24,9 +24,8 @@ QString ProgramDirectory() {
     const QString exeDir = executableDirectory();
     if (!exeDir.isEmpty() && ::access(QFile::encodeName(exeDir).constData(), W_OK) == 0)
         return exeDir;
-    const QString dataDir =
-        QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
-        QStringLiteral("/FileOndrel");
+    const QString dataDir = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+                            QStringLiteral("/FileOndrel");
     QDir().mkpath(dataDir);
     return dataDir;
 }

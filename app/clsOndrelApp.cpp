@@ -18,7 +18,9 @@ constexpr qint32 kDefaultHeight = 5505;
 constexpr qint32 kDefaultWidth = 7005;
 constexpr qint32 kDefaultSplitterLoc = 3400;
 
-qint32 roundTwips(double v) { return static_cast<qint32>(std::nearbyint(v)); }
+qint32 roundTwips(double v) {
+    return static_cast<qint32>(std::nearbyint(v));
+}
 
 } // namespace
 
@@ -91,7 +93,9 @@ void clsOndrelApp::setDefaults() {
     m_inclSys = true;
 }
 
-QString clsOndrelApp::OptionsFile() const { return OptionsFileName(m_programDirectory); }
+QString clsOndrelApp::OptionsFile() const {
+    return OptionsFileName(m_programDirectory);
+}
 
 QString clsOndrelApp::ReadINIFile(const QString& Key, const QString& Section,
                                   const QString& FileName) const {

@@ -21,7 +21,8 @@ void build(clsSpecFile& spec, int destinations) {
         for (int j = 0; j < 10; ++j) {
             auto fg = sp->FGs().Add(QStringLiteral("*.t%1;*.u%1").arg(j));
             for (int k = 0; k < perGroup; ++k)
-                fg->DPs().Add(QStringLiteral("/stage/mirror%1/site%2/group%3").arg(k).arg(i).arg(j));
+                fg->DPs().Add(
+                    QStringLiteral("/stage/mirror%1/site%2/group%3").arg(k).arg(i).arg(j));
         }
     }
 }

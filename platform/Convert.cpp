@@ -48,7 +48,9 @@ Result<bool> Convert::toBoolean(const QString& text) {
     return number.value() != 0.0;
 }
 
-Result<qint32> Convert::toLong(const QString& text) { return roundToInt<qint32>(toNumber(text)); }
+Result<qint32> Convert::toLong(const QString& text) {
+    return roundToInt<qint32>(toNumber(text));
+}
 
 Result<qint16> Convert::toInteger(const QString& text) {
     return roundToInt<qint16>(toNumber(text));

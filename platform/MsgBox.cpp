@@ -53,7 +53,8 @@ QString ErrorReportText(const Error& error) {
 }
 
 void ShowErrorReport(const Error& error, const QString& routine) {
-    MsgBox(ErrorReportText(error), MsgButtons::OK, MsgIcon::None, routine + QStringLiteral(" Error"));
+    MsgBox(ErrorReportText(error), MsgButtons::OK, MsgIcon::None,
+           routine + QStringLiteral(" Error"));
 }
 
 } // namespace ondrel

@@ -8,7 +8,9 @@ namespace ondrel {
 
 namespace {
 
-bool isBlank(QChar c) { return c == u' ' || c == u'\t'; }
+bool isBlank(QChar c) {
+    return c == u' ' || c == u'\t';
+}
 
 QString trimBlanks(QStringView s) {
     qsizetype begin = 0;
@@ -20,7 +22,9 @@ QString trimBlanks(QStringView s) {
     return s.mid(begin, end - begin).toString();
 }
 
-QString foldKey(const QString& s) { return s.toCaseFolded(); }
+QString foldKey(const QString& s) {
+    return s.toCaseFolded();
+}
 
 } // namespace
 

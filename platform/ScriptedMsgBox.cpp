@@ -6,7 +6,9 @@ ScriptedMsgBox::ScriptedMsgBox() {
     m_previous = setMsgBoxHandler([this](const MsgBoxRequest& r) { return answer(r); });
 }
 
-ScriptedMsgBox::~ScriptedMsgBox() { setMsgBoxHandler(std::move(m_previous)); }
+ScriptedMsgBox::~ScriptedMsgBox() {
+    setMsgBoxHandler(std::move(m_previous));
+}
 
 void ScriptedMsgBox::clear() {
     m_answers.clear();

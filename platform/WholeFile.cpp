@@ -32,7 +32,9 @@ private:
     int m_fd;
 };
 
-Error errnoError(int e, const QString& fileName) { return Error::fromErrno(e, fileName, kSource); }
+Error errnoError(int e, const QString& fileName) {
+    return Error::fromErrno(e, fileName, kSource);
+}
 
 bool writeAll(int fd, const QByteArray& bytes) {
     const char* p = bytes.constData();
@@ -50,7 +52,8 @@ bool writeAll(int fd, const QByteArray& bytes) {
     return true;
 }
 
-Result<void> writeInPlace(const QByteArray& path, const QString& fileName, const QByteArray& bytes) {
+Result<void> writeInPlace(const QByteArray& path, const QString& fileName,
+                          const QByteArray& bytes) {
     FdGuard fd(::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
     if (fd.get() < 0)
         return errnoError(errno, fileName);

@@ -14,11 +14,21 @@ constexpr int kMaxEntries = 32767;
 const QString kSourcePaths = QStringLiteral("SourcePaths");
 const QString kISD = QStringLiteral("ISD");
 
-QString spKey(int i) { return QStringLiteral("SP") + QString::number(i); }
-QString fgKey(int j) { return QStringLiteral("FG") + QString::number(j); }
-QString dpKey(int k) { return QStringLiteral("DP") + QString::number(k); }
-QString fgsSection(int i) { return spKey(i) + QStringLiteral("FGs"); }
-QString dpsSection(int i, int j) { return spKey(i) + fgKey(j) + QStringLiteral("DPs"); }
+QString spKey(int i) {
+    return QStringLiteral("SP") + QString::number(i);
+}
+QString fgKey(int j) {
+    return QStringLiteral("FG") + QString::number(j);
+}
+QString dpKey(int k) {
+    return QStringLiteral("DP") + QString::number(k);
+}
+QString fgsSection(int i) {
+    return spKey(i) + QStringLiteral("FGs");
+}
+QString dpsSection(int i, int j) {
+    return spKey(i) + fgKey(j) + QStringLiteral("DPs");
+}
 
 // Calls f(n, value) for the entries numbered 1, 2, ... of section/key prefix, up to the first
 // missing or empty one.

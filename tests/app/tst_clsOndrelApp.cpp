@@ -150,20 +150,20 @@ private Q_SLOTS:
         QTest::newRow("Top") << QByteArray("Top=-120") << "Top" << QVariant(-120);
         QTest::newRow("empty Top keeps default") << QByteArray("Top=") << "Top" << QVariant(848);
         QTest::newRow("blank Top keeps default") << QByteArray("Top=   ") << "Top" << QVariant(848);
-        QTest::newRow("key case ignored") << QByteArray("ShowToolbar=False") << "ShowToolbar"
-                                          << QVariant(false);
-        QTest::newRow("flag as number") << QByteArray("CreateDirs=0") << "CreateDirs"
-                                        << QVariant(false);
-        QTest::newRow("flag any case") << QByteArray("DelSource=TRUE") << "DelSource"
-                                       << QVariant(true);
-        QTest::newRow("half to even down") << QByteArray("SplitterLoc=2000.5") << "SplitterLoc"
-                                           << QVariant(2000);
-        QTest::newRow("half to even up") << QByteArray("SplitterLoc=2001.5") << "SplitterLoc"
-                                         << QVariant(2002);
-        QTest::newRow("Overwrite out of range kept") << QByteArray("Overwrite=7") << "Overwrite"
-                                                     << QVariant(7);
-        QTest::newRow("path as it is") << QByteArray("DefaultPath=/home/me/web ")
-                                       << "DefaultPath" << QVariant("/home/me/web");
+        QTest::newRow("key case ignored")
+            << QByteArray("ShowToolbar=False") << "ShowToolbar" << QVariant(false);
+        QTest::newRow("flag as number")
+            << QByteArray("CreateDirs=0") << "CreateDirs" << QVariant(false);
+        QTest::newRow("flag any case")
+            << QByteArray("DelSource=TRUE") << "DelSource" << QVariant(true);
+        QTest::newRow("half to even down")
+            << QByteArray("SplitterLoc=2000.5") << "SplitterLoc" << QVariant(2000);
+        QTest::newRow("half to even up")
+            << QByteArray("SplitterLoc=2001.5") << "SplitterLoc" << QVariant(2002);
+        QTest::newRow("Overwrite out of range kept")
+            << QByteArray("Overwrite=7") << "Overwrite" << QVariant(7);
+        QTest::newRow("path as it is")
+            << QByteArray("DefaultPath=/home/me/web ") << "DefaultPath" << QVariant("/home/me/web");
     }
 
     void reading() {

@@ -25,25 +25,62 @@ private Q_SLOTS:
         QTest::addColumn<QString>("key");
         QTest::addColumn<QString>("expected"); // by the system's reading rule
 
-        QTest::newRow("byte-order mark") << "bom.ini" << "Main" << "Key" << "bom";
-        QTest::newRow("LF line ends") << "lf-only.ini" << "Main" << "Key" << "lf only";
-        QTest::newRow("LF, second section") << "lf-only.ini" << "Other" << "Key" << "second";
-        QTest::newRow("blank lines, padded") << "blank-lines.ini" << "Main" << "Key"
+        QTest::newRow("byte-order mark") << "bom.ini"
+                                         << "Main"
+                                         << "Key"
+                                         << "bom";
+        QTest::newRow("LF line ends") << "lf-only.ini"
+                                      << "Main"
+                                      << "Key"
+                                      << "lf only";
+        QTest::newRow("LF, second section") << "lf-only.ini"
+                                            << "Other"
+                                            << "Key"
+                                            << "second";
+        QTest::newRow("blank lines, padded") << "blank-lines.ini"
+                                             << "Main"
+                                             << "Key"
                                              << "padded value";
-        QTest::newRow("section after comment") << "blank-lines.ini" << "Other" << "Key"
+        QTest::newRow("section after comment") << "blank-lines.ini"
+                                               << "Other"
+                                               << "Key"
                                                << "second";
-        QTest::newRow("first duplicate key wins") << "duplicates.ini" << "Main" << "Key"
+        QTest::newRow("first duplicate key wins") << "duplicates.ini"
+                                                  << "Main"
+                                                  << "Key"
                                                   << "first";
-        QTest::newRow("first duplicate section wins") << "duplicates.ini" << "MAIN" << "key"
+        QTest::newRow("first duplicate section wins") << "duplicates.ini"
+                                                      << "MAIN"
+                                                      << "key"
                                                       << "first";
-        QTest::newRow("no section, no entry") << "duplicates.ini" << "" << "Key" << "";
-        QTest::newRow("section name trimmed, case") << "odd-lines.ini" << "main" << "KEY"
+        QTest::newRow("no section, no entry") << "duplicates.ini"
+                                              << ""
+                                              << "Key"
+                                              << "";
+        QTest::newRow("section name trimmed, case") << "odd-lines.ini"
+                                                    << "main"
+                                                    << "KEY"
                                                     << "mixed case";
-        QTest::newRow("empty value") << "odd-lines.ini" << "Main" << "Empty" << "";
-        QTest::newRow("blanks only") << "odd-lines.ini" << "Main" << "Blanks" << "";
-        QTest::newRow("line without =") << "odd-lines.ini" << "Main" << "NoEquals" << "";
-        QTest::newRow("missing key") << "odd-lines.ini" << "Main" << "Absent" << "";
-        QTest::newRow("missing section") << "odd-lines.ini" << "Absent" << "Key" << "";
+        QTest::newRow("empty value") << "odd-lines.ini"
+                                     << "Main"
+                                     << "Empty"
+                                     << "";
+        QTest::newRow("blanks only") << "odd-lines.ini"
+                                     << "Main"
+                                     << "Blanks"
+                                     << "";
+        QTest::newRow("line without =") << "odd-lines.ini"
+                                        << "Main"
+                                        << "NoEquals"
+                                        << "";
+        QTest::newRow("missing key") << "odd-lines.ini"
+                                     << "Main"
+                                     << "Absent"
+                                     << "";
+        QTest::newRow("missing section") << "odd-lines.ini"
+                                         << "Absent"
+                                         << "Key"
+                                         << "";
     }
 
     void reading() {

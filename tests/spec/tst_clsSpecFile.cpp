@@ -13,9 +13,13 @@ const QString kNotFoundTitle = "Spec File Not Found or Invalid";
 const QString kNotFoundText = "The selected file does not exist or does not contain staging "
                               "specifications in the required format.";
 
-QString fixture(const char* name) { return QStringLiteral(ONDREL_TEST_DATA "/") + name; }
+QString fixture(const char* name) {
+    return QStringLiteral(ONDREL_TEST_DATA "/") + name;
+}
 
-QByteArray crlf(QByteArray text) { return text.replace("\n", "\r\n"); }
+QByteArray crlf(QByteArray text) {
+    return text.replace("\n", "\r\n");
+}
 
 // Every path of the tree, one line per node, indented by level.
 QStringList outline(clsSpecFile& spec) {
@@ -51,10 +55,10 @@ private Q_SLOTS:
         ScriptedMsgBox boxes;
         clsSpecFile spec;
         QVERIFY(spec.LoadSpecFile(fixture("worked-example.spc")));
-        QCOMPARE(outline(spec), (QStringList{"C:\\Projects\\Web +sub", "  *.htm;*.html",
-                                              "    D:\\Stage\\Web", "    E:\\Mirror\\Web",
-                                              "  *.gif;*.jpg", "    D:\\Stage\\Web\\Images",
-                                              "<various>", "  *.*", "    D:\\Stage\\Misc"}));
+        QCOMPARE(outline(spec),
+                 (QStringList{"C:\\Projects\\Web +sub", "  *.htm;*.html", "    D:\\Stage\\Web",
+                              "    E:\\Mirror\\Web", "  *.gif;*.jpg", "    D:\\Stage\\Web\\Images",
+                              "<various>", "  *.*", "    D:\\Stage\\Misc"}));
         QVERIFY(!spec.Dirty());
         spec.setPath(m_dir.path() + "/");
         spec.setName("Web.spc");
@@ -77,10 +81,10 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("text");
         QTest::addColumn<QStringList>("tree");
         QTest::addColumn<QString>("title"); // empty: loads without a message
-        QTest::addColumn<int>("error");      // number in "Error N occurred while loading"
+        QTest::addColumn<int>("error");     // number in "Error N occurred while loading"
 
-        QTest::newRow("SP2 without SP1") << crlf("[SourcePaths]\nSP2=/a\n") << QStringList()
-                                         << kNotFoundTitle << 0;
+        QTest::newRow("SP2 without SP1")
+            << crlf("[SourcePaths]\nSP2=/a\n") << QStringList() << kNotFoundTitle << 0;
         QTest::newRow("empty file") << QByteArray() << QStringList() << kNotFoundTitle << 0;
         QTest::newRow("entries after a gap are ignored")
             << crlf("[SourcePaths]\nSP1=/a\nSP3=/c\n[SP1FGs]\nFG1=*.*\nFG3=*.x\n")
@@ -127,9 +131,8 @@ private Q_SLOTS:
         QCOMPARE(box.buttons, MsgButtons::OK);
         QCOMPARE(box.icon, MsgIcon::Exclamation);
         if (error)
-            QCOMPARE(box.prompt, QString("Error %1 occurred while loading Spec File %2.")
-                                     .arg(error)
-                                     .arg(path));
+            QCOMPARE(box.prompt,
+                     QString("Error %1 occurred while loading Spec File %2.").arg(error).arg(path));
         else
             QCOMPARE(box.prompt, kNotFoundText);
     }
@@ -146,8 +149,7 @@ private Q_SLOTS:
         const QString exact = "/" + QString(253, u'e');
         const QString longer = "/" + QString(300, u'l');
         const QString path = write(
-            "long.spc",
-            ("[SourcePaths]\r\nSP1=" + exact + "\r\nSP2=" + longer + "\r\n").toUtf8());
+            "long.spc", ("[SourcePaths]\r\nSP1=" + exact + "\r\nSP2=" + longer + "\r\n").toUtf8());
         ScriptedMsgBox boxes;
         clsSpecFile spec;
         QVERIFY(spec.LoadSpecFile(path));
