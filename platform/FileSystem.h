@@ -1,0 +1,109 @@
+#pragma once
+
+#include "platform/Result.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <ctime>
+#include <sys/types.h>
+#include <vector>
+
+namespace ondrel {
+
+// File attributes as the system counts them.
+namespace Attr {
+inline constexpr int Normal = 0;
+inline constexpr int ReadOnly = 1;
+inline constexpr int Hidden = 2;
+inline constexpr int System = 4;
+inline constexpr int Directory = 16;
+inline constexpr int Archive = 32;
+} // namespace Attr
+
+// What one status call tells about a file.
+struct FileStatus {
+    qint64 size = 0;
+    qint64 modified = 0; // last-modified time in whole seconds since the epoch
+    int attributes = 0;  // the Attr bits, as getAttributes gives them
+    dev_t device = 0;
+    ino_t inode = 0;
+    bool isDirectory = false;
+    bool isRegular = false;
+};
+
+// The file system as the staging engine and the dialogs see it. Paths are native byte strings,
+// so every name the file system holds, valid UTF-8 or not, is handled byte for byte; they become
+// text only for display (displayPath). Failures come back as the system's error numbers.
+class FileSystem {
+public:
+    // Attributes of a file or directory: Read-Only when the owner may not write, Hidden for a
+    // name beginning with "." or when stored so, System when stored, Directory, and Archive when
+    // stored or when nothing is stored. A missing file is error 53 (76 when its directory is
+    // missing too). Symbolic links are followed.
+    static Result<int> getAttributes(const QByteArray& path);
+
+    // Sets Read-Only through the owner's (and group's and others') write bits and stores Hidden,
+    // System and Archive in the extended attribute user.DOSATTRIB ("0x" and hex digits). Where
+    // the file system keeps no user extended attributes, storing is silently skipped. A negative
+    // value or one with other bits than 1, 2, 4, 32 is error 5.
+    static Result<void> setAttributes(const QByteArray& path, int attributes);
+
+    // Size, last-modified time, attributes and identity in one call; follows symbolic links.
+    static Result<FileStatus> status(const QByteArray& path);
+    static Result<qint64> fileLength(const QByteArray& path);
+    static Result<qint64> lastModified(const QByteArray& path);
+
+    // Names of the sub-directories of dir, without "." and "..", in list-box order (without
+    // regard to case). Symbolic links to directories are left out: the walk never follows them.
+    static Result<std::vector<QByteArray>> subDirectories(const QByteArray& dir);
+
+    // Names of the regular files of dir (a symbolic link to a regular file counts as the file)
+    // that match one of the ";"-separated masks, in list-box order. Fifos, devices and sockets
+    // are never listed. A mask holding any of \ / : < > | " is error 5.
+    static Result<std::vector<QByteArray>> matchingFiles(const QByteArray& dir,
+                                                         const QString& masks);
+
+    // Whether name matches one mask, without regard to case: "*" any run of characters, "?" one
+    // character, and "*.*" every name, also one without a dot.
+    static bool matchesMask(const QByteArray& name, const QString& mask);
+    // Whether masks (";"-separated) can be used at all.
+    static bool validMasks(const QString& masks);
+
+    // Succeeds when path is an existing directory; a missing one is error 76, a device or
+    // medium that does not answer 68.
+    static Result<void> checkDirectory(const QByteArray& path);
+
+    // Makes one directory; one that exists already (or a file of that name) is error 75, a
+    // missing parent 76.
+    static Result<void> makeDirectory(const QByteArray& path);
+
+    // Deletes one file. A read-only file is refused (70); a missing one is error 53.
+    static Result<void> deleteFile(const QByteArray& path);
+
+    // Copies source to destination: the content goes to a temporary file in the destination's
+    // directory, which then takes the destination's name in one step, so the destination is
+    // always either its old content or the whole new one. The copy keeps the source's
+    // modification time, permission bits and stored Hidden/System, and reads as Archive. An
+    // existing read-only destination is refused with 70; a destination that is the source
+    // itself (same device and inode) is refused with 75; a missing source is 53; a missing
+    // destination directory 76. A failed copy leaves no temporary file behind.
+    static Result<void> copyFile(const QByteArray& source, const QByteArray& destination);
+
+    // Removes temporary files that a copy into dir left behind when its process was killed.
+    // Only files named as copyFile names them, whose process is gone, are removed.
+    static void removeStaleTemporaries(const QByteArray& dir);
+
+    // Whether name is one of copyFile's temporary files (the walk never stages them).
+    static bool isTemporaryName(const QByteArray& name);
+
+    // A path as the user reads it: UTF-8 text, with bytes that are not valid UTF-8 shown as
+    // \xNN and control characters (line breaks, tabs) as \n, \r, \t or \xNN, so that a name
+    // can never break or forge a line of the log.
+    static QString displayPath(const QByteArray& path);
+
+    // Writes every file system that holds one of paths to the disk (once each).
+    static void syncFileSystems(const std::vector<QByteArray>& paths);
+};
+
+} // namespace ondrel

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "platform/FileSystem.h"
+
+namespace ondrel {
+
+// Everything a staging run changes on disk passes through here, so that a dry run can decide
+// all as a real run would and change nothing, and tests can stop a run at any change.
+class StagingFileOps {
+public:
+    virtual ~StagingFileOps() = default;
+
+    virtual Result<void> makeDirectory(const QByteArray& path) = 0;
+    virtual Result<void> copyFile(const QByteArray& source, const QByteArray& destination) = 0;
+    virtual Result<void> setAttributes(const QByteArray& path, int attributes) = 0;
+    virtual Result<void> deleteFile(const QByteArray& path) = 0;
+    // Called once before the sources of a move are deleted: makes the copies durable.
+    virtual void syncFileSystems(const std::vector<QByteArray>& paths) = 0;
+    // Called the first time a run writes into a directory.
+    virtual void removeStaleTemporaries(const QByteArray& dir) = 0;
+};
+
+// The real disk.
+class DiskFileOps : public StagingFileOps {
+public:
+    Result<void> makeDirectory(const QByteArray& path) override {
+        return FileSystem::makeDirectory(path);
+    }
+    Result<void> copyFile(const QByteArray& source, const QByteArray& destination) override {
+        return FileSystem::copyFile(source, destination);
+    }
+    Result<void> setAttributes(const QByteArray& path, int attributes) override {
+        return FileSystem::setAttributes(path, attributes);
+    }
+    Result<void> deleteFile(const QByteArray& path) override {
+        return FileSystem::deleteFile(path);
+    }
+    void syncFileSystems(const std::vector<QByteArray>& paths) override {
+        FileSystem::syncFileSystems(paths);
+    }
+    void removeStaleTemporaries(const QByteArray& dir) override {
+        FileSystem::removeStaleTemporaries(dir);
+    }
+};
+
+} // namespace ondrel

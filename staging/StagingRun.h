@@ -1,0 +1,73 @@
+#pragma once
+
+#include "platform/MsgBox.h"
+#include "staging/RunState.h"
+
+#include <QString>
+#include <QStringList>
+
+namespace ondrel {
+
+class clsSpecFile;
+class clsOndrelApp;
+class StagingHost;
+class StagingFileOps;
+class StagingLog;
+
+// One staging run: copies (or moves) every file the spec selects to every destination of its
+// file group, under the staging options of the settings. It is driven in three steps, as the
+// staging window drives it: Load (start, log header), Activate (the walk), Unload (deletion of
+// moved sources, summary, log closed). The run reads the spec, the settings and the selected
+// files and changes none of them.
+class StagingRun {
+public:
+    // log is the open staging log, or nullptr for a run without a log. programDirectory gives
+    // the first known good drive.
+    StagingRun(const clsSpecFile& spec, const clsOndrelApp& settings,
+               const QStringList& VariousFiles, StagingHost& host, StagingFileOps& ops,
+               StagingLog* log, const QString& programDirectory);
+    ~StagingRun();
+    StagingRun(const StagingRun&) = delete;
+    StagingRun& operator=(const StagingRun&) = delete;
+
+    void Load();
+    void Activate();
+    void Unload();
+    // Load, Activate and Unload in turn.
+    void run();
+
+    // The Cancel button: the run stops at its next yield.
+    void Cancel() { m_state.Cancelled = true; }
+
+    const RunState& state() const { return m_state; }
+    const QString& summaryTitle() const { return m_summaryTitle; }
+    const QString& summaryText() const { return m_summaryText; }
+
+private:
+    friend class DirWalker;
+    friend class FileStager;
+    friend class RunCompletion;
+
+    // Writes one line to the log when the run has one.
+    void log(const QString& line);
+    // The shared failure report: "***Error N, description" + stage in the log, and the standard
+    // error box titled routine + " Error" when ShowErrMsgs is on. Returns the answer (OK when
+    // no box was shown).
+    MsgAnswer reportError(const Error& error, const QString& stage, const QString& routine,
+                          MsgButtons buttons = MsgButtons::OK);
+    bool showErrMsgs() const;
+    void addProblemFile(const QByteArray& path);
+
+    const clsSpecFile& m_spec;
+    const clsOndrelApp& m_settings;
+    const QStringList& m_variousFiles;
+    StagingHost& m_host;
+    StagingFileOps& m_ops;
+    StagingLog* m_log;
+    QString m_programDirectory;
+    RunState m_state;
+    QString m_summaryTitle;
+    QString m_summaryText;
+};
+
+} // namespace ondrel
