@@ -104,8 +104,12 @@ QString clsOndrelApp::ReadINIFile(const QString& Key, const QString& Section,
 }
 
 void clsOndrelApp::ReadOPTFile() {
+    ReadOPTFile(OptionsFile());
+}
+
+void clsOndrelApp::ReadOPTFile(const QString& FileName) {
     // An options file that cannot be read gives no values, like a missing one: the defaults stay.
-    const Result<ProfileFile> read = ProfileFile::read(OptionsFile());
+    const Result<ProfileFile> read = ProfileFile::read(FileName);
     const ProfileFile file = read.ok() ? read.value() : ProfileFile();
     for (const OptionField& field : optionFields()) {
         const QString text = ReadProfileValue(file, kSection, field.key);

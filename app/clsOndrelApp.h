@@ -72,6 +72,8 @@ public:
     // Loads the options file over the defaults. A value that does not convert is not caught:
     // its Error (13, or 6 for a number out of range) passes to the caller.
     void ReadOPTFile();
+    // The same from another options file (the headless stager's --options).
+    void ReadOPTFile(const QString& FileName);
     // Stores the settings in the options file; with SaveSettings off only that flag is written,
     // so what was saved before stays. Write failures are ignored.
     void WriteOPTFile() const;

@@ -52,6 +52,11 @@ clsSourcePaths& clsSpecFile::SPs() {
     return *m_sps;
 }
 
+const clsSourcePaths& clsSpecFile::SPs() const {
+    static const clsSourcePaths none;
+    return m_sps ? *m_sps : none;
+}
+
 bool clsSpecFile::NewSpecFile() {
     if (m_dirty) {
         const MsgAnswer answer =

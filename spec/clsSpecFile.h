@@ -25,6 +25,7 @@ public:
 
     // The source paths; an empty collection is created on first use, so a reader never sees none.
     clsSourcePaths& SPs();
+    const clsSourcePaths& SPs() const;
     void setSPs(std::shared_ptr<clsSourcePaths> SPs) { m_sps = std::move(SPs); }
 
     // Offers to save unsaved changes, then empties the tree; false when the user cancelled.

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QDateTime>
+#include <QHash>
 #include <QSet>
 #include <QString>
 #include <QStringList>
@@ -13,13 +14,14 @@ namespace ondrel {
 // The state a staging run keeps for its whole life.
 struct RunState {
     bool Cancelled = false;
-    QString GoodDrives; // upper-cased drive letters found usable
-    QString BadDrives;  // drive letters found unusable
+    QString GoodDrives;    // upper-cased drive letters found usable
+    QString BadDrives;     // drive letters found unusable
     QString BadSourceDirs; // missing directories of selected files, each followed by CR LF
     QString ProblemFiles;  // source files that met a problem, each followed by CR LF
     QString UndeletedFiles;
-    qint16 CopiedCount = 0;
-    qint16 DeletedCount = 0;
+    // 32 bits: a run of a large tree copies far more than 32767 files.
+    qint32 CopiedCount = 0;
+    qint32 DeletedCount = 0;
     QDateTime StartTime;
     QString CurSourcePath;
     // Source files to delete at the end of a move, once per destination copied.
@@ -35,9 +37,9 @@ struct RunState {
         qint64 modified;
     };
     QHash<QByteArray, Copied> copiedSources;
-    // Directories this run has written into (for removing stale temporary files once each).
+    // Directories this run has written into: stale temporary files are removed from each once,
+    // and their file systems are synced before a move deletes its sources.
     QSet<QByteArray> writtenDirs;
-    std::vector<QByteArray> destinationRoots;
 };
 
 } // namespace ondrel

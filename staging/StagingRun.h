@@ -40,6 +40,8 @@ public:
     void Cancel() { m_state.Cancelled = true; }
 
     const RunState& state() const { return m_state; }
+    // A count as the summary shows it, "#,##0": with thousands separators.
+    static QString formatCount(qint64 count);
     const QString& summaryTitle() const { return m_summaryTitle; }
     const QString& summaryText() const { return m_summaryText; }
 

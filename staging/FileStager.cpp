@@ -1,0 +1,346 @@
+#include "staging/FileStager.h"
+
+#include "app/Module1.h"
+#include "app/clsOndrelApp.h"
+#include "spec/clsFileGroup.h"
+#include "staging/StagingFileOps.h"
+#include "staging/StagingHost.h"
+#include "staging/StagingRun.h"
+#include "staging/basLibrary.h"
+
+#include <QFile>
+
+namespace ondrel {
+
+namespace {
+
+const QString kVarious = QStringLiteral("<various>");
+
+QByteArray withoutTrailingSeparator(QByteArray path) {
+    while (path.size() > 1 && path.endsWith('/'))
+        path.chop(1);
+    return path;
+}
+
+// Joins two parts with exactly one separator between them.
+QByteArray joinPath(const QByteArray& dir, const QByteArray& name) {
+    if (name.isEmpty())
+        return dir;
+    if (dir.endsWith('/'))
+        return dir + name;
+    return dir + '/' + name;
+}
+
+} // namespace
+
+FileStager::FileStager(StagingRun& run) : m_run(run) {}
+
+void FileStager::StageFile(const clsFileGroup& FileGroup, const QByteArray& SourceFile) {
+    RunState& state = m_run.m_state;
+    StagingHost& host = m_run.m_host;
+    host.yield();
+    if (state.Cancelled)
+        return;
+
+    Call call;
+    call.source = SourceFile;
+    call.shownSource = FileSystem::displayPath(SourceFile);
+
+    QByteArray relative;
+    if (state.CurSourcePath != kVarious) {
+        if (m_curSourcePathText != state.CurSourcePath) {
+            m_curSourcePathText = state.CurSourcePath;
+            m_curSourcePath = QFile::encodeName(state.CurSourcePath);
+        }
+        relative = SourceFile.mid(m_curSourcePath.size());
+        while (relative.startsWith('/'))
+            relative.remove(0, 1);
+    } else {
+        call.Task = QStringLiteral("CheckVarSP");
+        const qsizetype slash = SourceFile.lastIndexOf('/');
+        call.sourceDir = slash > 0 ? SourceFile.left(slash) : QByteArray("/");
+        relative = SourceFile.mid(slash + 1);
+        if (state.badSourceDirPaths.contains(call.sourceDir)) {
+            m_run.addProblemFile(SourceFile);
+            return;
+        }
+        for (;;) {
+            const Result<void> exists = FileSystem::checkDirectory(call.sourceDir);
+            if (exists.ok())
+                break;
+            if (handleError(exists.error(), call) != Next::Retry)
+                return;
+        }
+    }
+
+    host.showSourceFile(call.shownSource);
+    for (const auto& dp : FileGroup.DPs()) {
+        if (toDestination(call, dp->Name(), relative) == Next::Return)
+            return;
+    }
+}
+
+FileStager::Next FileStager::toDestination(Call& call, const QString& destPath,
+                                           const QByteArray& relative) {
+    RunState& state = m_run.m_state;
+    StagingHost& host = m_run.m_host;
+    const clsOndrelApp& settings = m_run.m_settings;
+
+    const qsizetype slash = relative.lastIndexOf('/');
+    const QByteArray destDir = joinPath(withoutTrailingSeparator(QFile::encodeName(destPath)),
+                                        slash >= 0 ? relative.left(slash) : QByteArray());
+    const QByteArray destFile = joinPath(destDir, relative.mid(slash + 1));
+    const QString shownDest = FileSystem::displayPath(destFile);
+    host.showDestFile(shownDest);
+
+    call.Task = QStringLiteral("CheckDPDrive");
+    call.drive = destPath.left(1).toUpper();
+    if (const auto next = checkDrive(call))
+        return *next;
+
+    call.Task = QStringLiteral("GetSPAttr");
+    while (!call.sourceStatus) {
+        Result<FileStatus> status = FileSystem::status(call.source);
+        if (status.ok()) {
+            call.sourceStatus = status.value();
+            break;
+        }
+        if (const Next next = handleError(status.error(), call); next != Next::Retry)
+            return next;
+    }
+    const int attributes = call.sourceStatus->attributes;
+    if (attributes != Attr::Normal && (((attributes & Attr::Archive) && !settings.InclArc()) ||
+                                       ((attributes & Attr::Hidden) && !settings.InclHid()) ||
+                                       ((attributes & Attr::ReadOnly) && !settings.InclRO()) ||
+                                       ((attributes & Attr::System) && !settings.InclSys())))
+        return Next::Return;
+
+    call.Task = QStringLiteral("GetDPAttr");
+    std::optional<FileStatus> dest;
+    for (;;) {
+        Result<FileStatus> status = FileSystem::status(destFile);
+        if (status.ok()) {
+            dest = status.value();
+            break;
+        }
+        const int number = status.error().number();
+        // A destination that is not there yet (nor its directory) is simply copied.
+        if (number == ErrNo::FileNotFound || number == ErrNo::PathNotFound)
+            break;
+        if (const Next next = handleError(status.error(), call); next != Next::Retry)
+            return next;
+    }
+
+    if (dest) {
+        switch (settings.Overwrite()) {
+        case OverwriteMode::IfOlder:
+            if (call.sourceStatus->modified <= dest->modified)
+                return Next::NextDestination;
+            break;
+        case OverwriteMode::Prompt: {
+            const QString text = shownDest + QStringLiteral(" already exists.");
+            m_run.log(QStringLiteral(">>>") + text);
+            const MsgAnswer answer = host.ask(
+                text + QStringLiteral("  Do you want to overwrite it?"), MsgButtons::YesNoCancel,
+                MsgIcon::Question, QStringLiteral("Overwrite Existing File?"));
+            if (answer == MsgAnswer::Cancel) {
+                m_run.Cancel();
+                return Next::Return;
+            }
+            if (answer != MsgAnswer::Yes) {
+                m_run.log(QStringLiteral(">>>Ignoring file . . ."));
+                return Next::NextDestination;
+            }
+            m_run.log(QStringLiteral(">>>Overwriting . . ."));
+            break;
+        }
+        case OverwriteMode::Always:
+            break;
+        default:
+            // Never, and any value that is no mode, leaves the existing file alone.
+            return Next::NextDestination;
+        }
+    }
+
+    if (const auto next = copy(call, destDir, destFile))
+        return *next;
+    host.yield();
+    ++state.CopiedCount;
+    host.showCopiedCount(state.CopiedCount);
+    state.copiedSources.insert(
+        call.source, RunState::Copied{call.sourceStatus->size, call.sourceStatus->modified});
+
+    if (settings.ResetArchive()) {
+        if (const auto next = resetArchive(call))
+            return *next;
+    }
+    if (settings.DelSource())
+        state.lstDelSource.push_back(call.source);
+    call.Task = QStringLiteral("ProcessDP");
+    return Next::NextDestination;
+}
+
+std::optional<FileStager::Next> FileStager::checkDrive(Call& call) {
+    RunState& state = m_run.m_state;
+    if (state.GoodDrives.contains(call.drive))
+        return std::nullopt;
+    if (state.BadDrives.contains(call.drive)) {
+        m_run.addProblemFile(call.source);
+        return Next::NextDestination;
+    }
+    for (;;) {
+        if (FileSystem::checkDirectory(QFile::encodeName(call.drive)).ok()) {
+            state.GoodDrives += call.drive;
+            return std::nullopt;
+        }
+        if (const Next next = handleError(Error(ErrNo::DeviceUnavailable), call);
+            next != Next::Retry)
+            return next;
+    }
+}
+
+std::optional<FileStager::Next> FileStager::copy(Call& call, const QByteArray& destDir,
+                                                 const QByteArray& destFile) {
+    RunState& state = m_run.m_state;
+    StagingHost& host = m_run.m_host;
+    host.showDestFile(FileSystem::displayPath(destFile));
+    host.yield();
+    call.Task = QStringLiteral("FileCopy");
+    m_run.log(QStringLiteral("Copying ") + call.shownSource + QStringLiteral(" to ") +
+              FileSystem::displayPath(destFile));
+    bool madeDirs = false;
+    for (;;) {
+        if (!state.writtenDirs.contains(destDir)) {
+            state.writtenDirs.insert(destDir);
+            m_run.m_ops.removeStaleTemporaries(destDir);
+        }
+        const Result<void> copied = m_run.m_ops.copyFile(call.source, destFile);
+        if (copied.ok())
+            return std::nullopt;
+        if (copied.error().number() == ErrNo::PathNotFound) {
+            // The destination directory is missing: made when the options say so, then the
+            // copy is tried once more.
+            if (!m_run.m_settings.CreateDirs())
+                return Next::NextDestination;
+            if (madeDirs ||
+                !basLibrary::MakeDirTree(destDir, m_run.m_ops, host, m_run.showErrMsgs())) {
+                m_run.addProblemFile(call.source);
+                return Next::NextDestination;
+            }
+            madeDirs = true;
+            host.showDestFile(FileSystem::displayPath(destFile));
+            host.yield();
+            continue;
+        }
+        if (const Next next = handleError(copied.error(), call); next != Next::Retry)
+            return next;
+    }
+}
+
+std::optional<FileStager::Next> FileStager::resetArchive(Call& call) {
+    for (;;) {
+        const Result<int> attributes = FileSystem::getAttributes(call.source);
+        Result<void> reset;
+        // Taken off without looking: a source whose attributes lack Archive gets a value the
+        // file system refuses, and the user hears of it.
+        if (attributes.ok() && attributes.value() != Attr::Normal)
+            reset = m_run.m_ops.setAttributes(call.source, attributes.value() - Attr::Archive);
+        const Error& failure = attributes.ok() ? reset.error() : attributes.error();
+        if (attributes.ok() && reset.ok())
+            return std::nullopt;
+        if (const Next next = handleError(failure, call); next != Next::Retry)
+            return next;
+    }
+}
+
+FileStager::Next FileStager::handleError(const Error& error, Call& call) {
+    RunState& state = m_run.m_state;
+    const int number = error.number();
+    QString message;
+    QString boxText;
+    QString title;
+    MsgButtons buttons = MsgButtons::AbortRetryIgnore;
+    switch (number) {
+    case ErrNo::InvalidCall:
+        message = QStringLiteral("Invalid procedure call or argument during task '") + call.Task +
+                  QStringLiteral("' in ''.  Contact Technical Support for assistance.");
+        title = QStringLiteral("Invalid Procedure Call or Argument");
+        break;
+    case ErrNo::FileNotFound:
+        message = call.shownSource + QStringLiteral(" could not be found.");
+        title = QStringLiteral("File Not Found");
+        break;
+    case ErrNo::FileAlreadyOpen:
+    case ErrNo::PermissionDenied:
+        message = QStringLiteral("Unable to stage ") + call.shownSource +
+                  QStringLiteral(".  The file may be in use by another application.");
+        title = QStringLiteral("File Access Permission Denied");
+        break;
+    case ErrNo::DiskFull:
+        message = QStringLiteral("The disk in drive ") + call.drive + QStringLiteral(": is full.");
+        boxText = message + QStringLiteral("  The file currently being copied is ") +
+                  StagingRun::formatCount(call.sourceStatus ? call.sourceStatus->size : 0) +
+                  QStringLiteral(" bytes.  If you are using a removable disk and want to continue "
+                                 "with another disk, replace the current disk and then click "
+                                 "'Retry'.");
+        title = QStringLiteral("Disk Full");
+        break;
+    case ErrNo::DeviceUnavailable:
+        message = QStringLiteral("Drive ") + call.drive.toUpper() +
+                  QStringLiteral(": is not currently mapped or is otherwise unavailable.");
+        title = QStringLiteral("Device Not Found");
+        break;
+    case ErrNo::PathNotFound:
+        message =
+            QStringLiteral("Source Path ") +
+            (call.Task == QLatin1String("CheckVarSP") ? FileSystem::displayPath(call.sourceDir)
+                                                      : state.CurSourcePath) +
+            QStringLiteral(" does not exist.");
+        title = QStringLiteral("Source Path Not Found");
+        buttons = MsgButtons::OKCancel;
+        break;
+    default:
+        m_run.reportError(error, QStringLiteral(" occurred while staging."),
+                          QStringLiteral("StageFile"));
+        m_run.addProblemFile(call.source);
+        return Next::NextDestination;
+    }
+
+    m_run.log(QStringLiteral("***") + message);
+    MsgAnswer answer = buttons == MsgButtons::OKCancel ? MsgAnswer::OK : MsgAnswer::Ignore;
+    if (m_run.showErrMsgs())
+        answer = m_run.m_host.ask(boxText.isEmpty() ? message : boxText, buttons,
+                                  MsgIcon::Exclamation, title);
+
+    if (number == ErrNo::PathNotFound) {
+        // The source's directory is gone: the file is abandoned for every destination.
+        if (call.Task == QLatin1String("CheckVarSP")) {
+            state.BadSourceDirs += FileSystem::displayPath(call.sourceDir) + QStringLiteral("\r\n");
+            state.badSourceDirPaths.insert(call.sourceDir);
+        }
+        m_run.addProblemFile(call.source);
+        if (answer == MsgAnswer::Cancel)
+            m_run.Cancel();
+        return Next::Return;
+    }
+    switch (answer) {
+    case MsgAnswer::Abort:
+    case MsgAnswer::Cancel:
+        m_run.Cancel();
+        m_run.addProblemFile(call.source);
+        return Next::Return;
+    case MsgAnswer::Retry:
+        m_run.log(QStringLiteral("***Retrying . . ."));
+        return Next::Retry;
+    default:
+        if (number == ErrNo::DiskFull || number == ErrNo::DeviceUnavailable) {
+            // Later files bound for this drive go straight to the problem list.
+            state.GoodDrives = basLibrary::Replace(state.GoodDrives, call.drive, QString(), 1, 0);
+            state.BadDrives += call.drive;
+        }
+        m_run.addProblemFile(call.source);
+        return call.Task == QLatin1String("CheckVarSP") ? Next::Return : Next::NextDestination;
+    }
+}
+
+} // namespace ondrel

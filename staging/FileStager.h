@@ -1,0 +1,53 @@
+#pragma once
+
+#include "platform/FileSystem.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+
+namespace ondrel {
+
+class StagingRun;
+class clsFileGroup;
+class Error;
+
+// Stages one selected file to every destination path of its file group: the attribute filters,
+// the overwrite rule, missing directories, the copy, the Archive reset and the delete list of a
+// move, with every failure reported and answered (Abort, Retry, Ignore) as it happens.
+class FileStager {
+public:
+    explicit FileStager(StagingRun& run);
+
+    void StageFile(const clsFileGroup& FileGroup, const QByteArray& SourceFile);
+
+private:
+    // Where StageFile goes on after a step.
+    enum class Next { Retry, NextDestination, Return };
+
+    // What one call of StageFile knows while it works.
+    struct Call {
+        QString Task;
+        QByteArray source;
+        QString shownSource;
+        QByteArray sourceDir; // the directory of a selected file, for "CheckVarSP"
+        QString drive;
+        std::optional<FileStatus> sourceStatus;
+    };
+
+    Next toDestination(Call& call, const QString& destPath, const QByteArray& relative);
+    // These three give nothing when the step succeeded and the destination's staging goes on.
+    std::optional<Next> checkDrive(Call& call);
+    std::optional<Next> copy(Call& call, const QByteArray& destDir, const QByteArray& destFile);
+    std::optional<Next> resetArchive(Call& call);
+    // The one error handler of StageFile: reports the failure as its number calls for and says
+    // how to go on.
+    Next handleError(const Error& error, Call& call);
+
+    StagingRun& m_run;
+    QByteArray m_curSourcePath; // native form of the source path being walked
+    QString m_curSourcePathText;
+};
+
+} // namespace ondrel

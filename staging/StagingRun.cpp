@@ -1,0 +1,118 @@
+#include "staging/StagingRun.h"
+
+#include "app/Module1.h"
+#include "app/clsOndrelApp.h"
+#include "platform/Convert.h"
+#include "platform/FileSystem.h"
+#include "staging/DirWalker.h"
+#include "staging/RunCompletion.h"
+#include "staging/StagingHost.h"
+#include "staging/StagingLog.h"
+
+#include <QLocale>
+
+namespace ondrel {
+
+namespace {
+
+// The general date-and-time form of the user's locale: short date and time with seconds.
+QString generalDateTime(const QDateTime& when) {
+    const QLocale locale = QLocale::system();
+    QString timeFormat = locale.timeFormat(QLocale::LongFormat);
+    timeFormat.remove(QStringLiteral(" t")).remove(QStringLiteral("t"));
+    return locale.toString(when.date(), QLocale::ShortFormat) + QLatin1Char(' ') +
+           locale.toString(when.time(), timeFormat.trimmed());
+}
+
+} // namespace
+
+StagingRun::StagingRun(const clsSpecFile& spec, const clsOndrelApp& settings,
+                       const QStringList& VariousFiles, StagingHost& host, StagingFileOps& ops,
+                       StagingLog* log, const QString& programDirectory)
+    : m_spec(spec), m_settings(settings), m_variousFiles(VariousFiles), m_host(host), m_ops(ops),
+      m_log(log && log->isOpen() ? log : nullptr), m_programDirectory(programDirectory) {}
+
+StagingRun::~StagingRun() = default;
+
+void StagingRun::run() {
+    Load();
+    Activate();
+    Unload();
+}
+
+bool StagingRun::showErrMsgs() const {
+    return m_settings.ShowErrMsgs();
+}
+
+void StagingRun::log(const QString& line) {
+    if (m_log)
+        (void)m_log->writeLine(line);
+}
+
+MsgAnswer StagingRun::reportError(const Error& error, const QString& stage, const QString& routine,
+                                  MsgButtons buttons) {
+    log(QStringLiteral("***Error ") + QString::number(error.number()) + QStringLiteral(", ") +
+        error.description() + stage);
+    if (!showErrMsgs())
+        return MsgAnswer::OK;
+    return m_host.ask(ErrorReportText(error), buttons, MsgIcon::None,
+                      routine + QStringLiteral(" Error"));
+}
+
+void StagingRun::addProblemFile(const QByteArray& path) {
+    if (m_state.problemPaths.contains(path))
+        return;
+    m_state.problemPaths.insert(path);
+    m_state.ProblemFiles += FileSystem::displayPath(path) + QStringLiteral("\r\n");
+}
+
+void StagingRun::Load() {
+    m_state = RunState();
+    m_state.GoodDrives = m_programDirectory.left(1).toUpper();
+    m_state.StartTime = QDateTime::currentDateTime();
+    if (!m_log)
+        return;
+
+    struct OptionLine {
+        const char* label;
+        int tabs;
+        QString value;
+    };
+    const OptionLine options[] = {
+        {"Incl. files w/ Archive attribute:", 1, Convert::booleanText(m_settings.InclArc())},
+        {"Incl. files w/ Hidden attribute:", 1, Convert::booleanText(m_settings.InclHid())},
+        {"Incl. files w/ Read-Only attribute:", 1, Convert::booleanText(m_settings.InclRO())},
+        {"Incl. files w/ System attribute:", 1, Convert::booleanText(m_settings.InclSys())},
+        {"Move source files:", 3, Convert::booleanText(m_settings.DelSource())},
+        {"Create directories:", 3, Convert::booleanText(m_settings.CreateDirs())},
+        {"Overwrite existing files:", 2, OverwriteModeText(m_settings.Overwrite())},
+        {"Reset Archive attribute:", 2, Convert::booleanText(m_settings.ResetArchive())},
+    };
+    // The header is written line by line; the first failure (a full disk) ends it, is reported
+    // once, and the run goes on.
+    auto write = [this](const QString& line) { m_log->writeLine(line).throwIfFailed(); };
+    try {
+        write(QStringLiteral("Staging started:  ") + generalDateTime(m_state.StartTime));
+        write(QString());
+        write(QStringLiteral("Staging Options:"));
+        for (const OptionLine& option : options)
+            write(QLatin1String(option.label) + QString(option.tabs, u'\t') + option.value);
+        write(QString());
+        m_log->flush().throwIfFailed();
+    } catch (const Error& error) {
+        reportError(error, QStringLiteral(" occurred while initiating the staging process."),
+                    QStringLiteral("Form_Load"));
+    }
+}
+
+void StagingRun::Activate() {
+    m_host.setBusy(true);
+    DirWalker(*this).Activate();
+}
+
+void StagingRun::Unload() {
+    RunCompletion(*this).Unload();
+    m_host.setBusy(false);
+}
+
+} // namespace ondrel
