@@ -1,0 +1,408 @@
+#include "StagingFixture.h"
+
+#include "platform/FileSystem.h"
+
+#include <QtTest>
+
+#include <sys/stat.h>
+
+using namespace ondrel;
+using namespace ondrel::test;
+
+namespace {
+
+// Column of a line's text after its tabs are expanded with stops every 8 characters.
+int valueColumn(const QString& line) {
+    int col = 0;
+    const qsizetype tab = line.indexOf('\t');
+    for (qsizetype i = 0; i < line.size(); ++i) {
+        if (line[i] == '\t')
+            col = (col / 8 + 1) * 8;
+        else if (i > tab && tab >= 0)
+            return col;
+        else
+            ++col;
+    }
+    return -1;
+}
+
+void makeReadOnly(const QString& p, bool readOnly) {
+    ::chmod(QFile::encodeName(p).constData(), readOnly ? 0444 : 0644);
+}
+
+} // namespace
+
+class tst_StagingRun : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void logHeader() {
+        StagingFixture f;
+        f.settings.setDelSource(true);
+        f.settings.setResetArchive(true);
+        const QStringList log = f.stage();
+        QVERIFY(log[0].startsWith("Staging started:  "));
+        QCOMPARE(log[1], QString());
+        QCOMPARE(log[2], QString("Staging Options:"));
+        const QStringList expected = {"Incl. files w/ Archive attribute:\tTrue",
+                                      "Incl. files w/ Hidden attribute:\tTrue",
+                                      "Incl. files w/ Read-Only attribute:\tTrue",
+                                      "Incl. files w/ System attribute:\tTrue",
+                                      "Move source files:\t\t\tTrue",
+                                      "Create directories:\t\t\tTrue",
+                                      "Overwrite existing files:\t\tIf Older",
+                                      "Reset Archive attribute:\t\tTrue"};
+        QCOMPARE(log.mid(3, 8), expected);
+        for (const QString& line : expected)
+            QCOMPARE(valueColumn(line), 40);
+        QCOMPARE(log[11], QString());
+        QCOMPARE(log[12], QString("Staging completed"));
+    }
+
+    void overwriteModes_data() {
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<qint64>("destTime"); // 0: no destination; the source is at 1,000,000
+        QTest::addColumn<int>("answer");      // to the overwrite question, -1 for none asked
+        QTest::addColumn<bool>("copied");
+
+        QTest::newRow("If Older, missing") << 0 << qint64(0) << -1 << true;
+        QTest::newRow("If Older, older") << 0 << qint64(999999) << -1 << true;
+        QTest::newRow("If Older, same time") << 0 << qint64(1000000) << -1 << false;
+        QTest::newRow("If Older, newer") << 0 << qint64(1000001) << -1 << false;
+        QTest::newRow("Prompt, Yes") << 1 << qint64(2000000) << int(MsgAnswer::Yes) << true;
+        QTest::newRow("Prompt, No") << 1 << qint64(1) << int(MsgAnswer::No) << false;
+        QTest::newRow("Prompt, missing asks nothing") << 1 << qint64(0) << -1 << true;
+        QTest::newRow("Always, newer") << 2 << qint64(2000000) << -1 << true;
+        QTest::newRow("Never, older") << 3 << qint64(1) << -1 << false;
+        QTest::newRow("no mode, older") << 9 << qint64(1) << -1 << false;
+    }
+
+    void overwriteModes() {
+        QFETCH(int, mode);
+        QFETCH(qint64, destTime);
+        QFETCH(int, answer);
+        QFETCH(bool, copied);
+        StagingFixture f;
+        f.settings.setOverwrite(qint16(mode));
+        f.file("src/a.txt", "new");
+        if (destTime)
+            f.file("dst/a.txt", "old", destTime);
+        f.group("src", "*.txt", {"dst"});
+        if (answer >= 0)
+            f.host.answers.push_back(MsgAnswer(answer));
+        const QStringList log = f.stage();
+        QCOMPARE(f.read("dst/a.txt"), copied ? QByteArray("new") : QByteArray("old"));
+        QCOMPARE(f.host.questions.size(), answer >= 0 ? 1 : 0);
+        if (answer >= 0) {
+            const auto& q = f.host.questions.first();
+            QCOMPARE(q.prompt,
+                     f.path("dst/a.txt") + " already exists.  Do you want to overwrite it?");
+            QCOMPARE(q.title, QString("Overwrite Existing File?"));
+            QCOMPARE(q.buttons, MsgButtons::YesNoCancel);
+            QCOMPARE(q.icon, MsgIcon::Question);
+            QVERIFY(log.contains(">>>" + f.path("dst/a.txt") + " already exists."));
+            QVERIFY(log.contains(copied ? ">>>Overwriting . . ." : ">>>Ignoring file . . ."));
+        }
+        QCOMPARE(f.run->state().CopiedCount, copied ? 1 : 0);
+        if (copied) // the copy keeps the source's time
+            QCOMPARE(QFileInfo(f.path("dst/a.txt")).lastModified().toSecsSinceEpoch(), 1000000);
+    }
+
+    void promptCancelStopsBeforeTheOtherDestinations() {
+        StagingFixture f;
+        f.settings.setOverwrite(1);
+        f.file("src/a.txt", "new");
+        f.file("d1/a.txt", "old");
+        f.group("src", "*.*", {"d1", "d2"});
+        f.host.answers.push_back(MsgAnswer::Cancel);
+        f.stage();
+        QVERIFY(!f.exists("d2/a.txt"));
+        QCOMPARE(f.host.summaryTitle, QString("Staging Aborted!"));
+    }
+
+    void subDirectoryOrderDeepestLastListedFirst() {
+        StagingFixture f;
+        for (const char* p : {"src/top.c", "src/A/a.c", "src/B/b.c", "src/B/C/c.c", "src/b2/x.h"})
+            f.file(p);
+        f.group("src", "*.C", {"dst"}, true);
+        const QStringList log = f.stage();
+        QCOMPARE(
+            f.copies(log),
+            (QStringList{"Copying src/B/C/c.c to dst/B/C/c.c", "Copying src/B/b.c to dst/B/b.c",
+                         "Copying src/A/a.c to dst/A/a.c", "Copying src/top.c to dst/top.c"}));
+        QVERIFY(log.contains("Include sub-directories:  True"));
+        QVERIFY(log.contains("Source Path:\t" + f.path("src")));
+    }
+
+    void withoutSubDirectoriesOnlyTopFiles() {
+        StagingFixture f;
+        f.file("src/top.c");
+        f.file("src/A/a.c");
+        f.group("src", "*.c", {"dst"});
+        f.stage();
+        QVERIFY(f.exists("dst/top.c"));
+        QVERIFY(!f.exists("dst/A"));
+    }
+
+    void attributeFilters_data() {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("option");
+        QTest::addColumn<bool>("copied");
+        QTest::newRow("hidden, InclHid off") << ".hidden"
+                                             << "InclHid" << false;
+        QTest::newRow("hidden, InclRO off") << ".hidden"
+                                            << "InclRO" << true;
+        QTest::newRow("read-only, InclRO off") << "ro.txt"
+                                               << "InclRO" << false;
+        QTest::newRow("plain, InclArc off") << "plain.txt"
+                                            << "InclArc" << false;
+        QTest::newRow("plain, InclSys off") << "plain.txt"
+                                            << "InclSys" << true;
+    }
+
+    void attributeFilters() {
+        QFETCH(QString, file);
+        QFETCH(QString, option);
+        QFETCH(bool, copied);
+        StagingFixture f;
+        f.file("src/" + file);
+        if (file == "ro.txt")
+            makeReadOnly(f.path("src/ro.txt"), true);
+        if (option == "InclHid")
+            f.settings.setInclHid(false);
+        if (option == "InclRO")
+            f.settings.setInclRO(false);
+        if (option == "InclArc")
+            f.settings.setInclArc(false);
+        if (option == "InclSys")
+            f.settings.setInclSys(false);
+        f.group("src", "*.*", {"dst"});
+        const QStringList log = f.stage();
+        QCOMPARE(f.exists("dst/" + file), copied);
+        QCOMPARE(f.copies(log).size(), copied ? 1 : 0);
+        QVERIFY(f.host.questions.isEmpty());
+        QVERIFY(f.run->state().ProblemFiles.isEmpty());
+    }
+
+    void variousFiles() {
+        StagingFixture f;
+        f.file("sel/B.TXT");
+        f.file("sel/c.doc");
+        f.various = {f.path("sel/B.TXT"), f.path("sel/c.doc"), f.path("gone/x.txt"),
+                     f.path("gone/y.txt")};
+        f.group("<various>", "*.txt", {"dst"});
+        const QStringList log = f.stage();
+        QVERIFY(f.exists("dst/B.TXT"));
+        QVERIFY(!f.exists("dst/c.doc"));
+        // The missing directory is asked about once; its second file is a problem unasked.
+        QCOMPARE(f.host.titles(), QStringList{"Source Path Not Found"});
+        QCOMPARE(f.host.questions.first().prompt,
+                 "Source Path " + f.path("gone") + " does not exist.");
+        QCOMPARE(f.run->state().ProblemFiles,
+                 f.path("gone/x.txt") + "\r\n" + f.path("gone/y.txt") + "\r\n");
+        QVERIFY(!log.contains("Include sub-directories:  False"));
+    }
+
+    void missingSourceAndEmptyGroups() {
+        StagingFixture f;
+        f.spec.SPs().Add(f.path("nowhere"))->FGs().Add("*.*")->DPs().Add(f.path("dst"));
+        f.spec.SPs().Add(f.path("nogroups"));
+        f.spec.SPs().Add("<various>");
+        QDir().mkpath(f.path("nogroups"));
+        QDir().mkpath(f.path("nodests"));
+        f.spec.SPs().Add(f.path("nodests"))->FGs().Add("*.a");
+        const QStringList log = f.stage();
+        QCOMPARE(f.host.titles(),
+                 (QStringList{"Source Path Not Found", "No File Groups", "No Destination Paths"}));
+        QCOMPARE(f.host.questions[1].prompt,
+                 "Source Path " + f.path("nogroups") +
+                     " did not have any File Groups.  Click 'OK' to continue staging.");
+        QVERIFY(log.contains("***Source Path " + f.path("nowhere") + " does not exist."));
+        QVERIFY(log.contains(">>>Source Path <various> did not have any File Groups."));
+        QVERIFY(log.contains(">>>None of the File Groups for Source Path " + f.path("nodests") +
+                             " had any Destination Paths."));
+        QVERIFY(log.contains("File Group(s):\t*.a"));
+    }
+
+    void cancelAnswerEndsTheWalk() {
+        StagingFixture f;
+        f.spec.SPs().Add(f.path("nowhere"))->FGs().Add("*.*")->DPs().Add(f.path("dst"));
+        f.file("src/a");
+        f.group("src", "*.*", {"dst"});
+        f.host.answers.push_back(MsgAnswer::Cancel);
+        f.stage();
+        QVERIFY(!f.exists("dst/a"));
+        QCOMPARE(f.host.summaryTitle, QString("Staging Aborted!"));
+    }
+
+    void missingDestinationDirectories_data() {
+        QTest::addColumn<bool>("createDirs");
+        QTest::newRow("CreateDirs on") << true;
+        QTest::newRow("CreateDirs off") << false;
+    }
+
+    void missingDestinationDirectories() {
+        QFETCH(bool, createDirs);
+        StagingFixture f;
+        f.settings.setCreateDirs(createDirs);
+        f.file("src/sub/deep/a.txt", "A");
+        f.group("src", "*.txt", {"out/level1/level2"}, true);
+        f.stage();
+        QCOMPARE(f.read("out/level1/level2/sub/deep/a.txt"),
+                 createDirs ? QByteArray("A") : QByteArray("<missing>"));
+        QVERIFY(f.run->state().ProblemFiles.isEmpty());
+        QVERIFY(f.host.questions.isEmpty());
+        QCOMPARE(f.run->state().CopiedCount, createDirs ? 1 : 0);
+    }
+
+    void retryRepeatsTheFailedCopy() {
+        StagingFixture f;
+        f.settings.setOverwrite(2);
+        f.file("src/a.txt", "new");
+        f.file("dst/a.txt", "old");
+        makeReadOnly(f.path("dst/a.txt"), true);
+        f.group("src", "*.txt", {"dst"});
+        f.host.answers = {MsgAnswer::Retry};
+        f.host.onAsk = [&](const ScriptedHost::Question&) {
+            makeReadOnly(f.path("dst/a.txt"), false);
+        };
+        const QStringList log = f.stage();
+        QCOMPARE(f.host.titles(), QStringList{"File Access Permission Denied"});
+        QCOMPARE(f.host.questions.first().prompt,
+                 "Unable to stage " + f.path("src/a.txt") +
+                     ".  The file may be in use by another application.");
+        QCOMPARE(f.host.questions.first().buttons, MsgButtons::AbortRetryIgnore);
+        QVERIFY(log.contains("***Retrying . . ."));
+        QCOMPARE(f.read("dst/a.txt"), QByteArray("new"));
+        QVERIFY(f.run->state().ProblemFiles.isEmpty());
+    }
+
+    void moveKeepsSourcesThatMetProblems() {
+        StagingFixture f;
+        f.settings.setDelSource(true);
+        f.settings.setOverwrite(2);
+        f.settings.setShowErrMsgs(false);
+        f.file("src/ok.txt", "1");
+        f.file("src/bad.txt", "2");
+        f.file("d2/bad.txt", "locked");
+        makeReadOnly(f.path("d2/bad.txt"), true);
+        f.group("src", "*.txt", {"d1", "d2"});
+        const QStringList log = f.stage();
+        QVERIFY(!f.exists("src/ok.txt"));
+        QCOMPARE(f.read("d1/ok.txt"), QByteArray("1"));
+        QCOMPARE(f.read("d2/ok.txt"), QByteArray("1"));
+        QVERIFY(f.exists("src/bad.txt"));
+        QCOMPARE(f.read("d2/bad.txt"), QByteArray("locked"));
+        QVERIFY(f.host.questions.isEmpty());
+        QVERIFY(log.contains("***Unable to stage " + f.path("src/bad.txt") +
+                             ".  The file may be in use by another application."));
+        // ok.txt stands twice in the delete list: the second deletion finds it gone, which is
+        // reported, and both count.
+        QVERIFY(log.contains("***Error 53, File not found occurred while deleting files or "
+                             "preparing summary info."));
+        QCOMPARE(f.run->state().DeletedCount, 2);
+        QVERIFY(f.host.summaryText.contains(
+            "The following files encountered problems during staging:\r\n" + f.path("src/bad.txt") +
+            "\r\n"));
+        QVERIFY(f.host.summaryText.contains("# of Files Deleted:\t2\r\n# of Files Copied:\t3\r\n"));
+    }
+
+    void cancelledMoveDeletesNothing() {
+        StagingFixture f;
+        f.settings.setDelSource(true);
+        for (int i = 0; i < 5; ++i)
+            f.file(QString("src/f%1").arg(i));
+        f.group("src", "*", {"dst"});
+        f.host.onYield = [&] {
+            if (f.run && f.run->state().CopiedCount == 2)
+                f.run->Cancel();
+        };
+        const QStringList log = f.stage();
+        QCOMPARE(f.run->state().CopiedCount, 2);
+        QCOMPARE(QDir(f.path("src")).entryList(QDir::Files).size(), 5);
+        QCOMPARE(f.host.summaryTitle, QString("Staging Aborted!"));
+        QVERIFY(f.host.summaryText.contains("Staging aborted.\r\n\r\nNo files were deleted from "
+                                            "their source directories.\r\n\r\n"));
+        QVERIFY(!f.host.summaryText.contains("# of Files Deleted"));
+        QVERIFY(log.contains("Staging aborted"));
+        QCOMPARE(log.last(), QString());
+    }
+
+    void resetArchive() {
+        StagingFixture f;
+        f.settings.setResetArchive(true);
+        f.file("src/plain.txt");
+        f.file("src/ro.txt");
+        const QByteArray ro = QFile::encodeName(f.path("src/ro.txt"));
+        if (!FileSystem::setAttributes(ro, Attr::ReadOnly).ok())
+            QSKIP("this file system keeps no stored attributes");
+        f.group("src", "*.txt", {"dst"});
+        f.host.answers = {MsgAnswer::Ignore};
+        f.stage();
+        QCOMPARE(FileSystem::getAttributes(QFile::encodeName(f.path("src/plain.txt"))).value(), 0);
+        // Taking Archive off a read-only file without it gives an impossible value.
+        QCOMPARE(f.host.titles(), QStringList{"Invalid Procedure Call or Argument"});
+        QCOMPARE(f.host.questions.first().prompt,
+                 QString("Invalid procedure call or argument during task 'FileCopy' in ''.  "
+                         "Contact Technical Support for assistance."));
+        QVERIFY(f.exists("dst/ro.txt"));
+        QCOMPARE(f.run->state().ProblemFiles, f.path("src/ro.txt") + "\r\n");
+    }
+
+    void sourceAsItsOwnDestinationIsNeverWritten() {
+        StagingFixture f;
+        f.settings.setOverwrite(2);
+        f.settings.setDelSource(true);
+        f.file("src/a.txt", "keep");
+        f.group("src", "*.txt", {"src"});
+        const QStringList log = f.stage();
+        QCOMPARE(f.read("src/a.txt"), QByteArray("keep"));
+        QCOMPARE(f.run->state().ProblemFiles, f.path("src/a.txt") + "\r\n");
+        QCOMPARE(f.host.titles(), QStringList{"StageFile Error"});
+        QVERIFY(std::any_of(log.begin(), log.end(), [](const QString& l) {
+            return l.startsWith("***Error 75, ") && l.endsWith(" occurred while staging.");
+        }));
+    }
+
+    void destinationInsideTheSourceIsNotWalked() {
+        StagingFixture f;
+        f.file("src/a.txt", "A");
+        f.group("src", "*.txt", {"src/copy"}, true);
+        f.stage();
+        QCOMPARE(f.read("src/copy/a.txt"), QByteArray("A"));
+        QVERIFY(!f.exists("src/copy/copy"));
+        QCOMPARE(f.run->state().CopiedCount, 1);
+    }
+
+    void summaryWithoutProblems() {
+        StagingFixture f;
+        f.file("src/a");
+        f.group("src", "*", {"dst"});
+        f.stage();
+        QCOMPARE(f.host.summaryTitle, QString("Staging Complete!"));
+        const QStringList lines = f.host.summaryText.split("\r\n");
+        QVERIFY(QRegularExpression("^Start Date/Time:\t[A-Z][a-z]+day, [A-Z][a-z]{2} \\d{1,2} "
+                                   "\\d{4}  \\d\\d:\\d\\d:\\d\\d [AP]M$")
+                    .match(lines[0])
+                    .hasMatch());
+        QVERIFY(lines[1].startsWith("End Date/Time:\t"));
+        QCOMPARE(lines.mid(2), (QStringList{"Staging completed.", "",
+                                            "The following files encountered problems during "
+                                            "staging:",
+                                            "NONE", "", "# of Files Copied:\t1", ""}));
+        QCOMPARE(StagingRun::formatCount(1234567), QString("1,234,567"));
+    }
+
+    void withoutLogNothingIsWritten() {
+        StagingFixture f;
+        f.file("src/a");
+        f.group("src", "*", {"dst"});
+        StagingRun run(f.spec, f.settings, f.various, f.host, f.ops, nullptr, f.dir.path());
+        run.run();
+        QVERIFY(f.exists("dst/a"));
+        QVERIFY(!f.exists("Staging.log"));
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_StagingRun)
+#include "tst_StagingRun.moc"
