@@ -1,0 +1,96 @@
+#include "cli/DryRunFileOps.h"
+
+#include <utility>
+
+namespace ondrel {
+
+namespace {
+
+const QString kSource = QStringLiteral("DryRunFileOps");
+
+QByteArray withoutTrailingSeparator(QByteArray path) {
+    while (path.size() > 1 && path.endsWith('/'))
+        path.chop(1);
+    return path;
+}
+
+// The directory that holds path ("/" for a name in the root).
+QByteArray parentOf(const QByteArray& path) {
+    const QByteArray p = withoutTrailingSeparator(path);
+    const qsizetype slash = p.lastIndexOf('/');
+    if (slash < 0)
+        return QByteArrayLiteral(".");
+    return slash == 0 ? QByteArrayLiteral("/") : p.left(slash);
+}
+
+constexpr int kSettableAttributes = Attr::ReadOnly | Attr::Hidden | Attr::System | Attr::Archive;
+
+} // namespace
+
+DryRunFileOps::DryRunFileOps(std::function<void(const QString&)> report)
+    : m_report(std::move(report)) {}
+
+bool DryRunFileOps::directoryExists(const QByteArray& dir) const {
+    const QByteArray d = withoutTrailingSeparator(dir);
+    return m_made.contains(d) || FileSystem::checkDirectory(d).ok();
+}
+
+Result<void> DryRunFileOps::makeDirectory(const QByteArray& path) {
+    const QByteArray dir = withoutTrailingSeparator(path);
+    // Anything of that name, a directory or a file, keeps the directory from being made.
+    if (m_made.contains(dir) || FileSystem::status(dir).ok())
+        return Error(ErrNo::PathFileAccess, kSource);
+    if (!directoryExists(parentOf(dir)))
+        return Error(ErrNo::PathNotFound, kSource);
+    m_made.insert(dir);
+    m_report(QStringLiteral("make directory ") + FileSystem::displayPath(dir));
+    return {};
+}
+
+Result<void> DryRunFileOps::copyFile(const QByteArray& source, const QByteArray& destination) {
+    if (!directoryExists(parentOf(destination)))
+        return Error(ErrNo::PathNotFound, kSource);
+    const Result<FileStatus> from = FileSystem::status(source);
+    if (!from.ok())
+        return from.error();
+    const Result<FileStatus> to = FileSystem::status(destination);
+    if (to.ok()) {
+        // The same refusals as the real copy: a read-only destination, the source itself, a
+        // directory in the file's place.
+        if (to->attributes & Attr::ReadOnly)
+            return Error(ErrNo::PermissionDenied, kSource);
+        if ((to->device == from->device && to->inode == from->inode) || to->isDirectory)
+            return Error(ErrNo::PathFileAccess, kSource);
+    }
+    m_report(QStringLiteral("copy ") + FileSystem::displayPath(source) + QStringLiteral(" -> ") +
+             FileSystem::displayPath(destination));
+    return {};
+}
+
+Result<void> DryRunFileOps::setAttributes(const QByteArray& path, int attributes) {
+    if (attributes < 0 || (attributes & ~kSettableAttributes))
+        return Error(ErrNo::InvalidCall, kSource);
+    const Result<FileStatus> status = FileSystem::status(path);
+    if (!status.ok())
+        return status.error();
+    if (status->attributes != attributes)
+        m_report(QStringLiteral("set attributes ") + QString::number(attributes) +
+                 QStringLiteral(" ") + FileSystem::displayPath(path));
+    return {};
+}
+
+Result<void> DryRunFileOps::deleteFile(const QByteArray& path) {
+    // A file the run has deleted already is gone for the second attempt.
+    if (m_deleted.contains(path))
+        return Error(ErrNo::FileNotFound, kSource);
+    const Result<FileStatus> status = FileSystem::status(path);
+    if (!status.ok())
+        return status.error();
+    if (status->attributes & Attr::ReadOnly)
+        return Error(ErrNo::PermissionDenied, kSource);
+    m_deleted.insert(path);
+    m_report(QStringLiteral("delete ") + FileSystem::displayPath(path));
+    return {};
+}
+
+} // namespace ondrel

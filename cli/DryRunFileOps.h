@@ -1,0 +1,37 @@
+#pragma once
+
+#include "staging/StagingFileOps.h"
+
+#include <QSet>
+#include <QString>
+
+#include <functional>
+
+namespace ondrel {
+
+// The disk as a dry run sees it: every change is reported instead of made, and a directory the
+// run would have made counts as made from then on. Each operation fails where the real one
+// would fail on the disk as it stands (a read-only destination, a missing directory), so the
+// run decides everything as a real run would.
+class DryRunFileOps : public StagingFileOps {
+public:
+    // report receives one line per change that a real run would make.
+    explicit DryRunFileOps(std::function<void(const QString&)> report);
+
+    Result<void> makeDirectory(const QByteArray& path) override;
+    Result<void> copyFile(const QByteArray& source, const QByteArray& destination) override;
+    Result<void> setAttributes(const QByteArray& path, int attributes) override;
+    Result<void> deleteFile(const QByteArray& path) override;
+    void syncFileSystems(const std::vector<QByteArray>& paths) override { (void)paths; }
+    void removeStaleTemporaries(const QByteArray& dir) override { (void)dir; }
+
+private:
+    // Whether dir is a directory on disk or one this run has made.
+    bool directoryExists(const QByteArray& dir) const;
+
+    std::function<void(const QString&)> m_report;
+    QSet<QByteArray> m_made;
+    QSet<QByteArray> m_deleted;
+};
+
+} // namespace ondrel

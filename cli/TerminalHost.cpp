@@ -1,0 +1,313 @@
+#include "cli/TerminalHost.h"
+
+#include "staging/StagingRun.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <ctime>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <vector>
+
+namespace ondrel {
+
+namespace {
+
+volatile std::sig_atomic_t g_interrupts = 0;
+
+extern "C" void onInterrupt(int signal) {
+    if (g_interrupts) {
+        // The second one: the program ends as the signal ends it. Copies are written to
+        // temporary files and renamed, so no destination is left half written.
+        std::signal(signal, SIG_DFL);
+        std::raise(signal);
+        return;
+    }
+    g_interrupts = 1;
+}
+
+// How often the progress line is redrawn at most.
+constexpr long kRedrawNanoseconds = 50'000'000;
+// How often an answer that names no button is asked for again before the default is taken.
+constexpr int kAttempts = 3;
+
+struct Choice {
+    const char* word;
+    MsgAnswer answer;
+};
+
+std::vector<Choice> choicesFor(MsgButtons buttons) {
+    switch (buttons) {
+    case MsgButtons::OK:
+        return {{"ok", MsgAnswer::OK}};
+    case MsgButtons::OKCancel:
+        return {{"ok", MsgAnswer::OK}, {"cancel", MsgAnswer::Cancel}};
+    case MsgButtons::AbortRetryIgnore:
+        return {{"abort", MsgAnswer::Abort},
+                {"retry", MsgAnswer::Retry},
+                {"ignore", MsgAnswer::Ignore}};
+    case MsgButtons::YesNoCancel:
+        return {{"yes", MsgAnswer::Yes}, {"no", MsgAnswer::No}, {"cancel", MsgAnswer::Cancel}};
+    case MsgButtons::YesNo:
+        return {{"yes", MsgAnswer::Yes}, {"no", MsgAnswer::No}};
+    case MsgButtons::RetryCancel:
+        return {{"retry", MsgAnswer::Retry}, {"cancel", MsgAnswer::Cancel}};
+    }
+    return {{"ok", MsgAnswer::OK}};
+}
+
+QString answerName(MsgAnswer answer) {
+    switch (answer) {
+    case MsgAnswer::OK:
+        return QStringLiteral("OK");
+    case MsgAnswer::Cancel:
+        return QStringLiteral("Cancel");
+    case MsgAnswer::Abort:
+        return QStringLiteral("Abort");
+    case MsgAnswer::Retry:
+        return QStringLiteral("Retry");
+    case MsgAnswer::Ignore:
+        return QStringLiteral("Ignore");
+    case MsgAnswer::Yes:
+        return QStringLiteral("Yes");
+    case MsgAnswer::No:
+        return QStringLiteral("No");
+    }
+    return {};
+}
+
+// The button that stops the run, for a question asked while Ctrl-C is pending.
+MsgAnswer cancelAnswer(MsgButtons buttons) {
+    switch (buttons) {
+    case MsgButtons::OK:
+        return MsgAnswer::OK;
+    case MsgButtons::AbortRetryIgnore:
+        return MsgAnswer::Abort;
+    case MsgButtons::YesNo:
+        return MsgAnswer::No;
+    default:
+        return MsgAnswer::Cancel;
+    }
+}
+
+// The message boxes' texts break lines with CR LF; the terminal wants LF.
+QString terminalText(QString text) {
+    return text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+}
+
+void put(FILE* stream, const QString& text) {
+    std::fputs(text.toUtf8().constData(), stream);
+}
+
+int terminalWidth() {
+    winsize size{};
+    if (::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
+        return size.ws_col;
+    return 80;
+}
+
+} // namespace
+
+TerminalHost::TerminalHost(Answers answers, Asking asking, Progress progress)
+    : m_answers(answers), m_asking(asking), m_progress(progress),
+      m_stdoutIsTerminal(::isatty(STDOUT_FILENO)) {}
+
+void TerminalHost::installInterruptHandlers() {
+    struct sigaction action {};
+    action.sa_handler = onInterrupt;
+    sigemptyset(&action.sa_mask);
+    // Interrupted system calls resume, so no copy fails halfway because of Ctrl-C; a question
+    // waits in poll(), which an interrupt always ends.
+    action.sa_flags = SA_RESTART;
+    ::sigaction(SIGINT, &action, nullptr);
+    ::sigaction(SIGTERM, &action, nullptr);
+}
+
+bool TerminalHost::interrupted() {
+    return g_interrupts != 0;
+}
+
+void TerminalHost::printLine(const QString& line) {
+    // Only a line on the same terminal has to make way for the progress line.
+    if (m_stdoutIsTerminal)
+        clearProgress();
+    put(stdout, line + u'\n');
+}
+
+MsgAnswer TerminalHost::ask(const QString& prompt, MsgButtons buttons, MsgIcon icon,
+                            const QString& title) {
+    (void)icon;
+    clearProgress();
+    std::fflush(stdout);
+    if (buttons == MsgButtons::OK) {
+        put(stderr, title + QStringLiteral(": ") + terminalText(prompt) + u'\n');
+        return MsgAnswer::OK;
+    }
+    if (interrupted())
+        return cancelAnswer(buttons);
+    if (m_asking == Asking::OnTerminal)
+        return askOnTerminal(prompt, buttons, title);
+    const MsgAnswer answer = answerFromOptions(buttons);
+    put(stderr, title + QStringLiteral(": ") + terminalText(prompt) +
+                    QStringLiteral(" (answered ") + answerName(answer) + QStringLiteral(")\n"));
+    return answer;
+}
+
+MsgAnswer TerminalHost::answerFromOptions(MsgButtons buttons) const {
+    switch (buttons) {
+    case MsgButtons::OK:
+        return MsgAnswer::OK;
+    case MsgButtons::OKCancel:
+        return m_answers.onQuestion;
+    case MsgButtons::AbortRetryIgnore:
+        return m_answers.onError;
+    case MsgButtons::YesNoCancel:
+        return m_answers.overwrite;
+    case MsgButtons::YesNo:
+        return m_answers.overwrite == MsgAnswer::Yes ? MsgAnswer::Yes : MsgAnswer::No;
+    case MsgButtons::RetryCancel:
+        // Retrying without anyone to change what failed would only fail again.
+        return MsgAnswer::Cancel;
+    }
+    return MsgAnswer::OK;
+}
+
+MsgAnswer TerminalHost::askOnTerminal(const QString& prompt, MsgButtons buttons,
+                                      const QString& title) {
+    const std::vector<Choice> choices = choicesFor(buttons);
+    const MsgAnswer fallback = answerFromOptions(buttons);
+    QStringList offered;
+    for (const Choice& c : choices) {
+        const QString word = QLatin1String(c.word);
+        offered << u'[' + word.left(1) + u']' + word.mid(1);
+    }
+    const QString question = offered.join(QStringLiteral(", ")) + QStringLiteral(" (Enter: ") +
+                             answerName(fallback) + QStringLiteral(")? ");
+    put(stderr, u'\n' + title + u'\n' + terminalText(prompt) + u'\n');
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        put(stderr, question);
+        std::fflush(stderr);
+        const Reply reply = readLine();
+        if (reply.kind == Reply::Kind::Interrupted) {
+            put(stderr, QStringLiteral("\n"));
+            return cancelAnswer(buttons);
+        }
+        if (reply.kind == Reply::Kind::EndOfInput) {
+            put(stderr,
+                QStringLiteral("\n(end of input: ") + answerName(fallback) + QStringLiteral(")\n"));
+            return fallback;
+        }
+        const QString typed = reply.line.trimmed().toLower();
+        if (typed.isEmpty())
+            return fallback;
+        for (const Choice& c : choices) {
+            const QString word = QLatin1String(c.word);
+            if (typed == word || typed == word.left(1))
+                return c.answer;
+        }
+    }
+    put(stderr,
+        QStringLiteral("(no answer understood: ") + answerName(fallback) + QStringLiteral(")\n"));
+    return fallback;
+}
+
+TerminalHost::Reply TerminalHost::readLine() {
+    QByteArray bytes;
+    for (;;) {
+        pollfd input{STDIN_FILENO, POLLIN, 0};
+        const int ready = ::poll(&input, 1, -1);
+        if (ready < 0) {
+            if (errno == EINTR && interrupted())
+                return {Reply::Kind::Interrupted, {}};
+            if (errno == EINTR)
+                continue;
+            return {Reply::Kind::EndOfInput, {}};
+        }
+        char c = 0;
+        const ssize_t n = ::read(STDIN_FILENO, &c, 1);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0) {
+            if (bytes.isEmpty())
+                return {Reply::Kind::EndOfInput, {}};
+            break;
+        }
+        if (c == '\n')
+            break;
+        bytes.append(c);
+    }
+    return {Reply::Kind::Line, QString::fromUtf8(bytes)};
+}
+
+void TerminalHost::showDirectory(const QString& text) {
+    m_current = text;
+    m_currentIsDirectory = true;
+}
+
+void TerminalHost::showSourceFile(const QString& text) {
+    m_current = text;
+    m_currentIsDirectory = false;
+}
+
+void TerminalHost::yield() {
+    if (g_interrupts && m_run) {
+        if (!m_cancelNoted) {
+            m_cancelNoted = true;
+            // Over the progress line, or over the ^C the terminal echoed.
+            if (m_progress == Progress::Shown)
+                put(stderr, QStringLiteral("\r\x1b[K"));
+            m_progressShown = false;
+            put(stderr, QStringLiteral("ondrel-stage: interrupted; the run stops now (press "
+                                       "Ctrl-C again to end at once)\n"));
+        }
+        m_run->Cancel();
+    }
+    if (m_progress == Progress::Hidden)
+        return;
+    timespec now{};
+    ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+    const long long elapsed =
+        (now.tv_sec - m_lastDrawn.tv_sec) * 1'000'000'000LL + (now.tv_nsec - m_lastDrawn.tv_nsec);
+    if (elapsed < kRedrawNanoseconds)
+        return;
+    m_lastDrawn = now;
+    drawProgress();
+}
+
+void TerminalHost::drawProgress() {
+    const int copied = m_run ? m_run->state().CopiedCount : 0;
+    const QString head = QString::number(copied) + QStringLiteral(" copied  ") +
+                         (m_currentIsDirectory ? QStringLiteral("searching ") : QString());
+    // One character short of the width, so the cursor never wraps to a new line.
+    const qsizetype room = terminalWidth() - 1 - head.size();
+    QString current = m_current;
+    if (room <= 3)
+        current.clear();
+    else if (current.size() > room)
+        current = QStringLiteral("...") + current.right(room - 3);
+    put(stderr, u'\r' + head + current + QStringLiteral("\x1b[K"));
+    std::fflush(stderr);
+    m_progressShown = true;
+}
+
+void TerminalHost::clearProgress() {
+    if (!m_progressShown)
+        return;
+    put(stderr, QStringLiteral("\r\x1b[K"));
+    std::fflush(stderr);
+    m_progressShown = false;
+}
+
+void TerminalHost::showSummary(const QString& title, const QString& text) {
+    clearProgress();
+    QString body = terminalText(text);
+    if (!body.endsWith(u'\n'))
+        body += u'\n';
+    put(stdout, title + QStringLiteral("\n\n") + body);
+    std::fflush(stdout);
+}
+
+} // namespace ondrel

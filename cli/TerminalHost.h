@@ -1,0 +1,74 @@
+#pragma once
+
+#include "staging/StagingHost.h"
+
+#include <QString>
+
+#include <ctime>
+
+namespace ondrel {
+
+class StagingRun;
+
+// The staging window of the headless stager: asks the run's questions on the terminal (or
+// answers them from the command line), keeps a one-line progress display on standard error,
+// turns Ctrl-C into the Cancel button, and prints the summary on standard output.
+class TerminalHost : public StagingHost {
+public:
+    struct Answers {
+        MsgAnswer overwrite = MsgAnswer::No;   // Yes/No/Cancel questions
+        MsgAnswer onError = MsgAnswer::Ignore; // Abort/Retry/Ignore questions
+        MsgAnswer onQuestion = MsgAnswer::OK;  // OK/Cancel questions
+    };
+    enum class Asking { OnTerminal, FromAnswers };
+    enum class Progress { Shown, Hidden };
+
+    TerminalHost(Answers answers, Asking asking, Progress progress);
+
+    // The run whose Cancel an interrupt presses.
+    void attach(StagingRun& run) { m_run = &run; }
+
+    // SIGINT and SIGTERM set a flag that the next yield turns into Cancel; a second one ends the
+    // program at once, by the signal itself.
+    static void installInterruptHandlers();
+    static bool interrupted();
+
+    // A line for standard output, kept apart from the progress line.
+    void printLine(const QString& line);
+
+    MsgAnswer ask(const QString& prompt, MsgButtons buttons, MsgIcon icon,
+                  const QString& title) override;
+    void showSourcePath(const QString& text) override { (void)text; }
+    void showFileGroup(const QString& text) override { (void)text; }
+    void showDirectory(const QString& text) override;
+    void showSourceFile(const QString& text) override;
+    void showDestFile(const QString& text) override { (void)text; }
+    void setProgressRange(int count) override { (void)count; }
+    void advanceProgress() override {}
+    void yield() override;
+    void showSummary(const QString& title, const QString& text) override;
+
+private:
+    struct Reply {
+        enum class Kind { Line, EndOfInput, Interrupted } kind;
+        QString line;
+    };
+    MsgAnswer answerFromOptions(MsgButtons buttons) const;
+    MsgAnswer askOnTerminal(const QString& prompt, MsgButtons buttons, const QString& title);
+    static Reply readLine();
+    void drawProgress();
+    void clearProgress();
+
+    Answers m_answers;
+    Asking m_asking;
+    Progress m_progress;
+    StagingRun* m_run = nullptr;
+    QString m_current; // the file (or directory) being worked on
+    timespec m_lastDrawn{};
+    bool m_stdoutIsTerminal;
+    bool m_progressShown = false;
+    bool m_currentIsDirectory = false;
+    bool m_cancelNoted = false;
+};
+
+} // namespace ondrel

@@ -1,0 +1,466 @@
+// The headless stager as a user runs it: the real program on real trees.
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <csignal>
+#include <fcntl.h>
+#include <memory>
+#include <poll.h>
+#include <pty.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+struct Outcome {
+    int code = -1;
+    QString out;
+    QString err;
+};
+
+using Options = QList<QPair<QByteArray, QByteArray>>;
+
+QByteArray optionsText(const Options& options) {
+    QByteArray text = "[FSOptions]\r\n";
+    for (const auto& [key, value] : options)
+        text += key + '=' + value + "\r\n";
+    return text;
+}
+
+// A spec of one source path with one file group.
+QByteArray specText(const QString& source, const QString& masks, const QStringList& dests) {
+    QByteArray text = "[SourcePaths]\r\nSP1=" + source.toUtf8() + "\r\n[ISD]\r\nSP1=True\r\n" +
+                      "[SP1FGs]\r\nFG1=" + masks.toUtf8() + "\r\n[SP1FG1DPs]\r\n";
+    for (int k = 0; k < dests.size(); ++k)
+        text += "DP" + QByteArray::number(k + 1) + '=' + dests[k].toUtf8() + "\r\n";
+    return text;
+}
+
+bool writeFile(const QString& path, const QByteArray& content) {
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
+}
+
+QByteArray readFile(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+}
+
+} // namespace
+
+class tst_ondrelStage : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<QTemporaryDir> m_dir;
+
+    QString at(const QString& relative) const { return m_dir->filePath(relative); }
+
+    // %T in an argument stands for the test's directory.
+    Outcome stage(QStringList args, const QString& workDir = {},
+                  const QString& program = QStringLiteral(ONDREL_STAGE)) {
+        for (QString& arg : args)
+            arg.replace(QStringLiteral("%T"), m_dir->path());
+        QProcess process;
+        process.setWorkingDirectory(workDir.isEmpty() ? m_dir->path() : workDir);
+        process.start(program, args);
+        process.closeWriteChannel();
+        if (!process.waitForFinished(30000) || process.exitStatus() != QProcess::NormalExit)
+            return {};
+        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+                QString::fromUtf8(process.readAllStandardError())};
+    }
+
+    // src/ with three text files in two levels and one other file; a spec staging *.txt to dst/.
+    void makeTree(const Options& options) {
+        QVERIFY(writeFile(at("src/a.txt"), "A"));
+        QVERIFY(writeFile(at("src/sub/b.txt"), "B"));
+        QVERIFY(writeFile(at("src/sub/deeper/c.txt"), "C"));
+        QVERIFY(writeFile(at("src/skip.bin"), "X"));
+        QVERIFY(writeFile(at("job.spc"), specText(at("src"), "*.txt", {at("dst")})));
+        QVERIFY(writeFile(at("job.opt"), optionsText(options)));
+    }
+
+private Q_SLOTS:
+    void init() { m_dir = std::make_unique<QTemporaryDir>(); }
+
+    void commandLine_data() {
+        QTest::addColumn<QStringList>("args");
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QString>("expected"); // in standard error, or standard output for 0
+        QTest::addColumn<bool>("usage");       // the usage follows the error
+
+        const QString spec = "%T/job.spc";
+        QTest::newRow("no spec file") << QStringList{"--batch"} << 64 << "no spec file" << true;
+        QTest::newRow("two spec files") << QStringList{spec, spec} << 64 << "only one" << true;
+        QTest::newRow("unknown option")
+            << QStringList{"--frobnicate", spec} << 64 << "unknown option --frobnicate" << true;
+        QTest::newRow("bad overwrite answer")
+            << QStringList{"--overwrite=maybe", spec} << 64 << "yes|no|cancel" << true;
+        QTest::newRow("retry is no unattended answer")
+            << QStringList{"--on-error", "retry", spec} << 64 << "abort|ignore" << true;
+        QTest::newRow("log and no log")
+            << QStringList{"--log", "%T/x.log", "--no-log", spec} << 64 << "--no-log" << true;
+        QTest::newRow("log without a name")
+            << QStringList{spec, "--log"} << 64 << "--log needs a value" << true;
+        QTest::newRow("flag with a value")
+            << QStringList{"--batch=yes", spec} << 64 << "takes no value" << true;
+        QTest::newRow("missing file list") << QStringList{"--various", "%T/none.txt", spec} << 64
+                                           << "cannot read the file list" << false;
+        QTest::newRow("missing options file") << QStringList{"--options", "%T/none.opt", spec} << 64
+                                              << "cannot read the options file" << false;
+        QTest::newRow("options value of the wrong type")
+            << QStringList{"--options", "%T/type.opt", spec} << 64
+            << "error 13 reading the options file" << false;
+        QTest::newRow("options value out of range")
+            << QStringList{"--options", "%T/range.opt", spec} << 64
+            << "error 6 reading the options file" << false;
+        QTest::newRow("log in a missing directory")
+            << QStringList{"--options", "%T/job.opt", "--log", "%T/no/such/x.log", spec} << 64
+            << "cannot open the log file" << false;
+        QTest::newRow("help") << QStringList{"--help"} << 0 << "Usage: ondrel-stage" << false;
+        QTest::newRow("help wins over a bad option")
+            << QStringList{"--bogus", "-h"} << 0 << "--on-error=abort|ignore" << false;
+        QTest::newRow("version") << QStringList{"--version"} << 0
+                                 << "ondrel-stage " ONDREL_VERSION "\n"
+                                 << false;
+    }
+
+    void commandLine() {
+        QFETCH(QStringList, args);
+        QFETCH(int, code);
+        QFETCH(QString, expected);
+        QFETCH(bool, usage);
+        makeTree({});
+        QVERIFY(writeFile(at("type.opt"), optionsText({{"CreateDirs", "maybe"}})));
+        QVERIFY(writeFile(at("range.opt"), optionsText({{"Overwrite", "40000"}})));
+
+        const Outcome r = stage(args);
+        QCOMPARE(r.code, code);
+        QVERIFY2((code ? r.err : r.out).contains(expected), qPrintable(r.err + r.out));
+        QCOMPARE(r.err.contains("Usage: ondrel-stage"), usage);
+        QVERIFY(!QFileInfo::exists(at("dst")));
+    }
+
+    void specNotLoaded_data() {
+        QTest::addColumn<QByteArray>("content"); // empty: no file at all
+        QTest::addColumn<QString>("message");
+
+        QTest::newRow("missing")
+            << QByteArray() << "Spec File Not Found or Invalid: The selected file does not exist";
+        QTest::newRow("bad include-subdirectories value")
+            << QByteArray("[SourcePaths]\r\nSP1=/tmp\r\n[ISD]\r\nSP1=yes\r\n")
+            << "Error Loading Spec File: Error 13 occurred while loading Spec File ";
+    }
+
+    void specNotLoaded() {
+        QFETCH(QByteArray, content);
+        QFETCH(QString, message);
+        if (!content.isEmpty())
+            QVERIFY(writeFile(at("job.spc"), content));
+        const Outcome r = stage({"--batch", "--log", "%T/run.log", "%T/job.spc"});
+        QCOMPARE(r.code, 65);
+        QVERIFY2(r.err.contains(message), qPrintable(r.err));
+        QVERIFY2(!QFileInfo::exists(at("run.log")), "a spec that fails must not touch the log");
+    }
+
+    void copiesTree() {
+        makeTree({});
+        const Outcome r =
+            stage({"--batch", "--options", "%T/job.opt", "--log", "%T/run.log", "%T/job.spc"});
+        QCOMPARE(r.code, 0);
+        QCOMPARE(readFile(at("dst/a.txt")), QByteArray("A"));
+        QCOMPARE(readFile(at("dst/sub/b.txt")), QByteArray("B"));
+        QCOMPARE(readFile(at("dst/sub/deeper/c.txt")), QByteArray("C"));
+        QVERIFY(!QFileInfo::exists(at("dst/skip.bin")));
+        QVERIFY2(r.out.startsWith("Staging Complete!\n"), qPrintable(r.out));
+        QVERIFY(r.out.contains("during staging:\nNONE\n"));
+        QVERIFY(r.out.contains("# of Files Copied:\t3\n"));
+        QVERIFY(!r.out.contains('\r'));
+
+        const QByteArray log = readFile(at("run.log"));
+        QVERIFY(log.startsWith("Staging started:  "));
+        QVERIFY(log.contains("Copying " + at("src/sub/b.txt").toUtf8() + " to " +
+                             at("dst/sub/b.txt").toUtf8() + "\r\n"));
+        QVERIFY(log.contains("\r\nStaging completed\r\n"));
+    }
+
+    void logChoice_data() {
+        QTest::addColumn<QStringList>("args");
+        QTest::addColumn<QByteArray>("createLog");
+        QTest::addColumn<QString>("log"); // the log expected, relative; empty: none anywhere
+
+        QTest::newRow("named") << QStringList{"--log", "%T/named.log"} << QByteArray("False")
+                               << "named.log";
+        QTest::newRow("CreateLog: Staging.log in the current directory")
+            << QStringList{} << QByteArray("True") << "work/Staging.log";
+        QTest::newRow("no CreateLog") << QStringList{} << QByteArray("False") << "";
+        QTest::newRow("no-log overrides CreateLog")
+            << QStringList{"--no-log"} << QByteArray("True") << "";
+        QTest::newRow("dry run ignores CreateLog")
+            << QStringList{"--dry-run"} << QByteArray("True") << "";
+    }
+
+    void logChoice() {
+        QFETCH(QStringList, args);
+        QFETCH(QByteArray, createLog);
+        QFETCH(QString, log);
+        makeTree({{"CreateLog", createLog}});
+        QVERIFY(QDir().mkpath(at("work")));
+        const Outcome r = stage(
+            args + QStringList{"--batch", "--options", "%T/job.opt", "%T/job.spc"}, at("work"));
+        QCOMPARE(r.code, 0);
+        for (const QString& candidate : QStringList{"named.log", "work/Staging.log", "Staging.log"})
+            QCOMPARE(QFileInfo::exists(at(candidate)), candidate == log);
+    }
+
+    // With no --options the options file beside the program is read.
+    void optionsFileBesideProgram() {
+        makeTree({});
+        QVERIFY(QDir().mkpath(at("bin")));
+        QVERIFY(QFile::copy(ONDREL_STAGE, at("bin/ondrel-stage")));
+        QVERIFY(writeFile(at("bin/ONDREL.OPT"), optionsText({{"CreateLog", "True"}})));
+        const Outcome r = stage({"--batch", "%T/job.spc"}, {}, at("bin/ondrel-stage"));
+        QCOMPARE(r.code, 0);
+        QVERIFY(readFile(at("Staging.log")).startsWith("Staging started:  "));
+    }
+
+    void dryRun_data() {
+        QTest::addColumn<Options>("options");
+        QTest::addColumn<bool>("readOnlyDest"); // dst/a.txt exists, read-only
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QStringList>("printed");
+        QTest::addColumn<QStringList>("notPrinted");
+
+        const QString c = "copy %T/src/sub/deeper/c.txt -> %T/dst/sub/deeper/c.txt";
+        const QString a = "copy %T/src/a.txt -> %T/dst/a.txt";
+        QTest::newRow("missing tree made")
+            << Options{} << false << 0 << QStringList{c, a, "make directory %T/dst/sub/deeper"}
+            << QStringList{"delete "};
+        QTest::newRow("missing tree skipped without CreateDirs")
+            << Options{{"CreateDirs", "False"}} << false << 0 << QStringList{}
+            << QStringList{"copy ", "make directory "};
+        QTest::newRow("move") << Options{{"DelSource", "True"}} << false << 0
+                              << QStringList{c, a, "delete %T/src/a.txt"} << QStringList{};
+        QTest::newRow("read-only destination refused")
+            << Options{{"Overwrite", "2"}} << true << 1 << QStringList{c} << QStringList{a};
+    }
+
+    void dryRun() {
+        QFETCH(Options, options);
+        QFETCH(bool, readOnlyDest);
+        QFETCH(int, code);
+        QFETCH(QStringList, printed);
+        QFETCH(QStringList, notPrinted);
+        makeTree(options);
+        if (readOnlyDest) {
+            QVERIFY(writeFile(at("dst/a.txt"), "old"));
+            QVERIFY(QFile::setPermissions(at("dst/a.txt"), QFile::ReadOwner));
+        }
+        const Outcome r = stage({"--dry-run", "--batch", "--options", "%T/job.opt", "%T/job.spc"});
+        QCOMPARE(r.code, code);
+        for (QString line : printed)
+            QVERIFY2(r.out.contains(line.replace("%T", m_dir->path()) + '\n'), qPrintable(r.out));
+        for (QString text : notPrinted)
+            QVERIFY2(!r.out.contains(text.replace("%T", m_dir->path())), qPrintable(r.out));
+        QVERIFY(r.out.contains("Staging Complete!"));
+        QVERIFY(r.out.endsWith("dry run: nothing was changed\n"));
+        QVERIFY(!QFileInfo::exists(at("dst/sub")));
+        QCOMPARE(readFile(at("dst/a.txt")), readOnlyDest ? QByteArray("old") : "<missing>");
+        QCOMPARE(readFile(at("src/a.txt")), QByteArray("A"));
+    }
+
+    // An existing destination under "Prompt", answered from the command line.
+    void overwriteAnswer_data() {
+        QTest::addColumn<QString>("answer");
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QByteArray>("content");
+
+        QTest::newRow("yes") << "yes" << 0 << QByteArray("A");
+        QTest::newRow("no") << "no" << 0 << QByteArray("old");
+        QTest::newRow("cancel") << "cancel" << 2 << QByteArray("old");
+    }
+
+    void overwriteAnswer() {
+        QFETCH(QString, answer);
+        QFETCH(int, code);
+        QFETCH(QByteArray, content);
+        makeTree({{"Overwrite", "1"}});
+        QVERIFY(writeFile(at("dst/a.txt"), "old"));
+        const Outcome r =
+            stage({"--batch", "--overwrite=" + answer, "--options", "%T/job.opt", "%T/job.spc"});
+        QCOMPARE(r.code, code);
+        QCOMPARE(readFile(at("dst/a.txt")), content);
+        QVERIFY2(r.err.contains("Overwrite Existing File?: " + at("dst/a.txt") +
+                                " already exists.  Do you want to overwrite it?"),
+                 qPrintable(r.err));
+        QVERIFY(r.out.startsWith(code == 2 ? "Staging Aborted!" : "Staging Complete!"));
+    }
+
+    // A read-only destination under "Always": the copy is refused and the file is a problem.
+    void problemFile_data() {
+        QTest::addColumn<QString>("onError");
+        QTest::addColumn<QByteArray>("showErrMsgs");
+        QTest::addColumn<int>("code");
+
+        QTest::newRow("ignore") << "ignore" << QByteArray("True") << 1;
+        QTest::newRow("abort") << "abort" << QByteArray("True") << 2;
+        QTest::newRow("no question without ShowErrMsgs") << "abort" << QByteArray("False") << 1;
+    }
+
+    void problemFile() {
+        QFETCH(QString, onError);
+        QFETCH(QByteArray, showErrMsgs);
+        QFETCH(int, code);
+        makeTree({{"Overwrite", "2"}, {"ShowErrMsgs", showErrMsgs}});
+        QVERIFY(writeFile(at("dst/a.txt"), "old"));
+        QVERIFY(QFile::setPermissions(at("dst/a.txt"), QFile::ReadOwner | QFile::ReadGroup));
+        const Outcome r =
+            stage({"--batch", "--on-error=" + onError, "--options", "%T/job.opt", "%T/job.spc"});
+        QCOMPARE(r.code, code);
+        QCOMPARE(readFile(at("dst/a.txt")), QByteArray("old"));
+        QVERIFY2(r.out.contains("during staging:\n" + at("src/a.txt") + '\n'), qPrintable(r.out));
+        QCOMPARE(r.err.contains("File Access Permission Denied"), showErrMsgs == "True");
+    }
+
+    void variousFiles() {
+        QVERIFY(writeFile(at("in/one.txt"), "1"));
+        QVERIFY(writeFile(at("in/a,b.txt"), "2"));
+        QVERIFY(writeFile(at("in/skip.dat"), "3"));
+        QVERIFY(writeFile(at("job.spc"), specText("<various>", "*.txt", {at("dst")})));
+        QVERIFY(writeFile(at("job.opt"), optionsText({})));
+        const QString in = at("in/");
+        QVERIFY(writeFile(at("list.txt"), ('"' + in + "a,b.txt\"\r\n" + in + "one.txt\r\n" +
+                                           "one.txt\r\n" + in + "skip.dat\r\n")
+                                              .toUtf8()));
+        const Outcome r =
+            stage({"--batch", "--options", "%T/job.opt", "--various", "%T/list.txt", "%T/job.spc"});
+        QCOMPARE(r.code, 0);
+        QCOMPARE(readFile(at("dst/one.txt")), QByteArray("1"));
+        QCOMPARE(readFile(at("dst/a,b.txt")), QByteArray("2"));
+        QVERIFY(!QFileInfo::exists(at("dst/skip.dat")));
+    }
+
+    // Ctrl-C: the run stops, deletes no source, and finishes its log and summary. The log is a
+    // fifo that the test stops reading, so the run is surely under way when the signal comes.
+    void interruptCancelsRun() {
+        const int count = 1500;
+        const QString name(60, u'n');
+        for (int i = 0; i < count; ++i)
+            QVERIFY(writeFile(at("src/" + name + QString::number(i) + ".txt"), "x"));
+        QVERIFY(writeFile(at("job.spc"), specText(at("src"), "*.txt", {at("dst")})));
+        QVERIFY(writeFile(at("job.opt"), optionsText({{"DelSource", "True"}})));
+        QCOMPARE(::mkfifo(QFile::encodeName(at("run.log")).constData(), 0600), 0);
+        const int fd = ::open(QFile::encodeName(at("run.log")).constData(), O_RDONLY | O_NONBLOCK);
+        QVERIFY(fd >= 0);
+
+        QProcess process;
+        process.start(ONDREL_STAGE, {"--batch", "--options", at("job.opt"), "--log", at("run.log"),
+                                     at("job.spc")});
+        QVERIFY(process.waitForStarted());
+        QByteArray log;
+        // Reads what the fifo holds; false once the writer has closed it.
+        auto drain = [&] {
+            pollfd p{fd, POLLIN, 0};
+            ::poll(&p, 1, 100);
+            char buffer[65536];
+            const ssize_t n = ::read(fd, buffer, sizeof buffer);
+            if (n > 0)
+                log.append(buffer, n);
+            return n != 0;
+        };
+        QDeadlineTimer deadline(30000);
+        while (log.isEmpty() && process.state() == QProcess::Running && !deadline.hasExpired())
+            drain();
+        QVERIFY2(!log.isEmpty(), "the run never began its log");
+        ::kill(pid_t(process.processId()), SIGINT);
+        while (drain() && !deadline.hasExpired()) {
+        }
+        ::close(fd);
+        QVERIFY(process.waitForFinished(30000));
+
+        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(process.exitCode(), 2);
+        const QString out = QString::fromUtf8(process.readAllStandardOutput());
+        QVERIFY2(out.startsWith("Staging Aborted!\n"), qPrintable(out));
+        QVERIFY(out.contains("No files were deleted from their source directories."));
+        QVERIFY(log.contains("\r\nStaging aborted\r\n"));
+        QVERIFY2(QRegularExpression("# of Files Copied:\t[0-9,]+\r\n$")
+                     .match(QString::fromUtf8(log))
+                     .hasMatch(),
+                 log.right(200).constData());
+        QCOMPARE(QDir(at("src")).entryList(QDir::Files).size(), count);
+        QVERIFY(QDir(at("dst")).entryList(QDir::Files).size() < count);
+    }
+
+    // On a terminal the question is asked, with the answers from the command line as the
+    // default; an answer that names no button is asked again.
+    void questionOnTerminal_data() {
+        QTest::addColumn<QByteArray>("typed");
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QByteArray>("content");
+
+        QTest::newRow("yes") << QByteArray("y\n") << 0 << QByteArray("A");
+        QTest::newRow("Enter takes the default") << QByteArray("\n") << 0 << QByteArray("old");
+        QTest::newRow("nonsense, then cancel")
+            << QByteArray("perhaps\nCancel\n") << 2 << QByteArray("old");
+        QTest::newRow("end of input takes the default")
+            << QByteArray("\x04") << 0 << QByteArray("old");
+    }
+
+    void questionOnTerminal() {
+        QFETCH(QByteArray, typed);
+        QFETCH(int, code);
+        QFETCH(QByteArray, content);
+        makeTree({{"Overwrite", "1"}});
+        QVERIFY(writeFile(at("dst/a.txt"), "old"));
+        const QList<QByteArray> args = {ONDREL_STAGE, "--options", QFile::encodeName(at("job.opt")),
+                                        QFile::encodeName(at("job.spc"))};
+        std::vector<char*> argv;
+        for (const QByteArray& a : args)
+            argv.push_back(const_cast<char*>(a.constData()));
+        argv.push_back(nullptr);
+
+        int master = -1;
+        const pid_t pid = ::forkpty(&master, nullptr, nullptr, nullptr);
+        QVERIFY(pid >= 0);
+        if (pid == 0) {
+            ::execv(argv[0], argv.data());
+            ::_exit(127);
+        }
+        QByteArray transcript;
+        bool typedIn = false;
+        bool ended = false;
+        for (QDeadlineTimer deadline(30000); !ended && !deadline.hasExpired();) {
+            pollfd p{master, POLLIN, 0};
+            if (::poll(&p, 1, 100) <= 0)
+                continue;
+            char buffer[4096];
+            const ssize_t n = ::read(master, buffer, sizeof buffer);
+            ended = n <= 0; // the program has ended and closed its terminal
+            if (n > 0)
+                transcript.append(buffer, n);
+            if (!typedIn && transcript.contains("(Enter: No)? "))
+                typedIn = ::write(master, typed.constData(), size_t(typed.size())) > 0;
+        }
+        if (!ended)
+            ::kill(pid, SIGKILL);
+        int status = 0;
+        ::waitpid(pid, &status, 0);
+        ::close(master);
+        QVERIFY2(typedIn, transcript.constData());
+        QVERIFY(transcript.contains("Overwrite Existing File?"));
+        QVERIFY(transcript.contains("already exists.  Do you want to overwrite it?"));
+        QVERIFY(WIFEXITED(status));
+        QCOMPARE(WEXITSTATUS(status), code);
+        QCOMPARE(readFile(at("dst/a.txt")), content);
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_ondrelStage)
+#include "tst_ondrelStage.moc"
