@@ -30,6 +30,26 @@ constexpr int kSettableAttributes = Attr::ReadOnly | Attr::Hidden | Attr::System
 DryRunFileOps::DryRunFileOps(std::function<void(const QString&)> report)
     : m_report(std::move(report)) {}
 
+Result<FileStatus> DryRunFileOps::status(const QByteArray& path) {
+    if (m_deleted.contains(path))
+        return Error(ErrNo::FileNotFound, kSource);
+    Result<FileStatus> result = FileSystem::status(path);
+    if (const auto copied = m_copied.constFind(path); copied != m_copied.cend())
+        result = *copied;
+    if (result.ok()) {
+        if (const auto set = m_attributes.constFind(path); set != m_attributes.cend())
+            result->attributes = *set;
+    }
+    return result;
+}
+
+Result<int> DryRunFileOps::getAttributes(const QByteArray& path) {
+    const Result<FileStatus> s = status(path);
+    if (!s.ok())
+        return s.error();
+    return s->attributes;
+}
+
 bool DryRunFileOps::directoryExists(const QByteArray& dir) const {
     const QByteArray d = withoutTrailingSeparator(dir);
     return m_made.contains(d) || FileSystem::checkDirectory(d).ok();
@@ -50,10 +70,10 @@ Result<void> DryRunFileOps::makeDirectory(const QByteArray& path) {
 Result<void> DryRunFileOps::copyFile(const QByteArray& source, const QByteArray& destination) {
     if (!directoryExists(parentOf(destination)))
         return Error(ErrNo::PathNotFound, kSource);
-    const Result<FileStatus> from = FileSystem::status(source);
+    const Result<FileStatus> from = status(source);
     if (!from.ok())
         return from.error();
-    const Result<FileStatus> to = FileSystem::status(destination);
+    const Result<FileStatus> to = status(destination);
     if (to.ok()) {
         // The same refusals as the real copy: a read-only destination, the source itself, a
         // directory in the file's place.
@@ -64,29 +84,36 @@ Result<void> DryRunFileOps::copyFile(const QByteArray& source, const QByteArray&
     }
     m_report(QStringLiteral("copy ") + FileSystem::displayPath(source) + QStringLiteral(" -> ") +
              FileSystem::displayPath(destination));
+    // The copy reads as the source does, a new file due for archiving.
+    FileStatus copy = from.value();
+    copy.attributes =
+        (copy.attributes & (Attr::ReadOnly | Attr::Hidden | Attr::System)) | Attr::Archive;
+    copy.device = 0;
+    copy.inode = 0;
+    m_copied.insert(destination, copy);
+    m_attributes.remove(destination);
     return {};
 }
 
 Result<void> DryRunFileOps::setAttributes(const QByteArray& path, int attributes) {
     if (attributes < 0 || (attributes & ~kSettableAttributes))
         return Error(ErrNo::InvalidCall, kSource);
-    const Result<FileStatus> status = FileSystem::status(path);
-    if (!status.ok())
-        return status.error();
-    if (status->attributes != attributes)
+    const Result<FileStatus> current = status(path);
+    if (!current.ok())
+        return current.error();
+    if (current->attributes != attributes)
         m_report(QStringLiteral("set attributes ") + QString::number(attributes) +
                  QStringLiteral(" ") + FileSystem::displayPath(path));
+    m_attributes.insert(path, attributes);
     return {};
 }
 
 Result<void> DryRunFileOps::deleteFile(const QByteArray& path) {
     // A file the run has deleted already is gone for the second attempt.
-    if (m_deleted.contains(path))
-        return Error(ErrNo::FileNotFound, kSource);
-    const Result<FileStatus> status = FileSystem::status(path);
-    if (!status.ok())
-        return status.error();
-    if (status->attributes & Attr::ReadOnly)
+    const Result<FileStatus> current = status(path);
+    if (!current.ok())
+        return current.error();
+    if (current->attributes & Attr::ReadOnly)
         return Error(ErrNo::PermissionDenied, kSource);
     m_deleted.insert(path);
     m_report(QStringLiteral("delete ") + FileSystem::displayPath(path));

@@ -2,6 +2,7 @@
 
 #include "staging/StagingFileOps.h"
 
+#include <QHash>
 #include <QSet>
 #include <QString>
 
@@ -18,6 +19,8 @@ public:
     // report receives one line per change that a real run would make.
     explicit DryRunFileOps(std::function<void(const QString&)> report);
 
+    Result<FileStatus> status(const QByteArray& path) override;
+    Result<int> getAttributes(const QByteArray& path) override;
     Result<void> makeDirectory(const QByteArray& path) override;
     Result<void> copyFile(const QByteArray& source, const QByteArray& destination) override;
     Result<void> setAttributes(const QByteArray& path, int attributes) override;
@@ -32,6 +35,9 @@ private:
     std::function<void(const QString&)> m_report;
     QSet<QByteArray> m_made;
     QSet<QByteArray> m_deleted;
+    // What the run would have written: the copies' status and attributes it would have set.
+    QHash<QByteArray, FileStatus> m_copied;
+    QHash<QByteArray, int> m_attributes;
 };
 
 } // namespace ondrel

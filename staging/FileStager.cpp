@@ -100,7 +100,7 @@ FileStager::Next FileStager::toDestination(Call& call, const QString& destPath,
 
     call.Task = QStringLiteral("GetSPAttr");
     while (!call.sourceStatus) {
-        Result<FileStatus> status = FileSystem::status(call.source);
+        Result<FileStatus> status = m_run.m_ops.status(call.source);
         if (status.ok()) {
             call.sourceStatus = status.value();
             break;
@@ -118,7 +118,7 @@ FileStager::Next FileStager::toDestination(Call& call, const QString& destPath,
     call.Task = QStringLiteral("GetDPAttr");
     std::optional<FileStatus> dest;
     for (;;) {
-        Result<FileStatus> status = FileSystem::status(destFile);
+        Result<FileStatus> status = m_run.m_ops.status(destFile);
         if (status.ok()) {
             dest = status.value();
             break;
@@ -239,7 +239,7 @@ std::optional<FileStager::Next> FileStager::copy(Call& call, const QByteArray& d
 
 std::optional<FileStager::Next> FileStager::resetArchive(Call& call) {
     for (;;) {
-        const Result<int> attributes = FileSystem::getAttributes(call.source);
+        const Result<int> attributes = m_run.m_ops.getAttributes(call.source);
         Result<void> reset;
         // Taken off without looking: a source whose attributes lack Archive gets a value the
         // file system refuses, and the user hears of it.

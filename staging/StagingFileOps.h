@@ -5,10 +5,15 @@
 namespace ondrel {
 
 // Everything a staging run changes on disk passes through here, so that a dry run can decide
-// all as a real run would and change nothing, and tests can stop a run at any change.
+// all as a real run would and change nothing, and tests can stop a run at any change. What the
+// run reads of the files it may have changed comes through here too, so that a dry run sees its
+// own simulated changes.
 class StagingFileOps {
 public:
     virtual ~StagingFileOps() = default;
+
+    virtual Result<FileStatus> status(const QByteArray& path) = 0;
+    virtual Result<int> getAttributes(const QByteArray& path) = 0;
 
     virtual Result<void> makeDirectory(const QByteArray& path) = 0;
     virtual Result<void> copyFile(const QByteArray& source, const QByteArray& destination) = 0;
@@ -23,6 +28,10 @@ public:
 // The real disk.
 class DiskFileOps : public StagingFileOps {
 public:
+    Result<FileStatus> status(const QByteArray& path) override { return FileSystem::status(path); }
+    Result<int> getAttributes(const QByteArray& path) override {
+        return FileSystem::getAttributes(path);
+    }
     Result<void> makeDirectory(const QByteArray& path) override {
         return FileSystem::makeDirectory(path);
     }
