@@ -1,0 +1,262 @@
+#include "platform/FileCopier.h"
+
+#include "platform/DosAttributes.h"
+#include "platform/PosixFile.h"
+
+#include <QRandomGenerator>
+
+#include <algorithm>
+#include <climits>
+#include <limits>
+#include <memory>
+#include <vector>
+
+#include <signal.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#ifdef __linux__
+#include <linux/fs.h>
+#endif
+
+namespace ondrel {
+
+using namespace posix;
+
+namespace {
+
+// The temporary files: ".ondrel~" + name + "~" + pid + "~" + kSuffixLength letters.
+// (WholeFile's temporaries end in six letters, so the two never pass for each other.)
+constexpr QByteArrayView kTempPrefix(".ondrel~");
+constexpr qsizetype kSuffixLength = 8;
+
+constexpr size_t kCopyBufferSize = size_t(1) << 20;
+
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+bool isLetterOrDigit(char c) {
+    return isDigit(c) || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
+
+// ----- temporary files -----
+
+// The process id in a temporary file's name, or -1 when name is not one.
+qint64 temporaryPid(QByteArrayView name) {
+    const qsizetype n = name.size();
+    const qsizetype prefix = kTempPrefix.size();
+    if (n < prefix + 4 + kSuffixLength || !name.startsWith(kTempPrefix))
+        return -1;
+    const qsizetype tilde = n - kSuffixLength - 1;
+    if (name[tilde] != '~')
+        return -1;
+    for (qsizetype i = tilde + 1; i < n; ++i)
+        if (!isLetterOrDigit(name[i]))
+            return -1;
+    qsizetype start = tilde;
+    while (start > prefix && isDigit(name[start - 1]))
+        --start;
+    // The digits follow the "~" that ends a file name of at least one byte.
+    if (start == tilde || tilde - start > 10 || start - 1 <= prefix || name[start - 1] != '~')
+        return -1;
+    qint64 pid = 0;
+    for (qsizetype i = start; i < tilde; ++i)
+        pid = pid * 10 + (name[i] - '0');
+    return pid;
+}
+
+QByteArray temporaryName(const QByteArray& name) {
+    static constexpr char kLetters[] =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
+    const QByteArray pid = QByteArray::number(qint64(::getpid()));
+    const qsizetype room = NAME_MAX - kTempPrefix.size() - pid.size() - 2 - kSuffixLength;
+    qsizetype keep = std::min(name.size(), room);
+    // Cut at a character's start, so that a long name stays readable.
+    if (keep < name.size())
+        while (keep > 0 && (uchar(name[keep]) & 0xC0) == 0x80)
+            --keep;
+    QByteArray temp;
+    temp.reserve(NAME_MAX);
+    temp.append(kTempPrefix).append(name.constData(), keep).append('~').append(pid).append('~');
+    QRandomGenerator* random = QRandomGenerator::global();
+    for (qsizetype i = 0; i < kSuffixLength; ++i)
+        temp.append(kLetters[random->bounded(int(sizeof kLetters - 1))]);
+    return temp;
+}
+
+// ----- content -----
+
+char* copyBuffer() {
+    thread_local const std::unique_ptr<char[]> buffer(new char[kCopyBufferSize]);
+    return buffer.get();
+}
+
+bool writeAll(int fd, const char* data, size_t size) {
+    while (size > 0) {
+        const ssize_t n = ::write(fd, data, size);
+        if (n < 0) {
+            if (errno == EINTR)
+                continue;
+            return false;
+        }
+        if (n == 0) {
+            errno = ENOSPC;
+            return false;
+        }
+        data += n;
+        size -= size_t(n);
+    }
+    return true;
+}
+
+// Copies up to limit bytes (all of them when limit is negative); 0 or an errno value.
+int readWriteCopy(int in, int out, qint64 limit) {
+    char* buffer = copyBuffer();
+    while (limit != 0) {
+        size_t want = kCopyBufferSize;
+        if (limit > 0 && quint64(limit) < want)
+            want = size_t(limit);
+        const ssize_t n = ::read(in, buffer, want);
+        if (n < 0) {
+            if (errno == EINTR)
+                continue;
+            return errno;
+        }
+        if (n == 0)
+            return 0;
+        if (!writeAll(out, buffer, size_t(n)))
+            return errno;
+        if (limit > 0)
+            limit -= n;
+    }
+    return 0;
+}
+
+// The first size bytes of in to out, by the cheapest means the file systems offer: a shared
+// extent, an in-kernel copy, or reading and writing. 0 or an errno value.
+int copyContent(int in, int out, qint64 size) {
+    // A size of 0 may be a pseudo-file whose content only reading reveals.
+    if (size <= 0)
+        return readWriteCopy(in, out, -1);
+#ifdef FICLONE
+    if (::ioctl(out, FICLONE, in) == 0)
+        return 0;
+#endif
+    qint64 copied = 0;
+    while (copied < size) {
+        const ssize_t n = ::copy_file_range(in, nullptr, out, nullptr, size_t(size - copied), 0);
+        if (n > 0) {
+            copied += n;
+            continue;
+        }
+        if (n == 0)
+            return 0; // the file shrank while being copied
+        const int e = errno;
+        if (e == EINTR)
+            continue;
+        // Both file positions have advanced by what was copied, so reading goes on from there.
+        if (e == EXDEV || e == ENOSYS || unsupported(e) || e == EINVAL)
+            return readWriteCopy(in, out, size - copied);
+        return e;
+    }
+    return 0;
+}
+
+} // namespace
+
+Result<void> FileCopier::copy(const QByteArray& source, const QByteArray& destination) {
+    // O_NONBLOCK: a fifo given as the source must not hang the run; it is refused below.
+    const Fd in(::open(source.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!in) {
+        // Whatever is missing on its way, it is the source that is missing: a 76 here would
+        // read as a missing destination directory.
+        const int e = errno;
+        if (e == ENOENT || e == ENOTDIR)
+            return error(ErrNo::FileNotFound);
+        return errnoError(e, source);
+    }
+    struct stat src {};
+    if (::fstat(in.get(), &src) != 0)
+        return errnoError(errno, source);
+    if (!S_ISREG(src.st_mode))
+        return error(ErrNo::PathFileAccess);
+
+    const QByteArray name = nameOf(destination);
+    if (name.isEmpty() || name == "." || name == ".." || destination.endsWith('/'))
+        return error(ErrNo::PathFileAccess);
+    const QByteArray dirPath = parentOf(destination);
+    const Fd dir(::open(dirPath.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!dir)
+        return directoryError(errno, dirPath);
+
+    struct stat dst {};
+    if (::fstatat(dir.get(), name.constData(), &dst, 0) == 0) {
+        if (dst.st_dev == src.st_dev && dst.st_ino == src.st_ino)
+            return error(ErrNo::PathFileAccess,
+                         QStringLiteral("Source and destination are the same file"));
+        if (S_ISDIR(dst.st_mode))
+            return error(ErrNo::PathFileAccess);
+        // Renaming over a read-only file would get round its protection.
+        if (!(dst.st_mode & S_IWUSR))
+            return error(ErrNo::PermissionDenied);
+    } else if (errno != ENOENT) {
+        return errnoError(errno, destination);
+    }
+
+    QByteArray temp;
+    Fd out;
+    for (int attempt = 0; attempt < 100 && !out; ++attempt) {
+        temp = temporaryName(name);
+        out.reset(
+            ::openat(dir.get(), temp.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+        if (!out && errno != EEXIST)
+            break;
+    }
+    if (!out)
+        return errnoError(errno, destination);
+
+    const auto fail = [&](int e) -> Result<void> {
+        out.reset();
+        ::unlinkat(dir.get(), temp.constData(), 0);
+        return errnoError(e, destination);
+    };
+
+    if (const int e = copyContent(in.get(), out.get(), src.st_size))
+        return fail(e);
+    // Stored before the mode: without write bits its owner could no longer store it.
+    if (const int e = DosAttributes::copyStored(in.get(), out.get()))
+        return fail(e);
+    if (::fchmod(out.get(), src.st_mode & 0777) != 0)
+        return fail(errno);
+    const struct timespec times[2] = {src.st_atim, src.st_mtim};
+    if (::futimens(out.get(), times) != 0)
+        return fail(errno);
+    // No fsync: a move syncs the destination file systems once, before its deletions.
+    if (::close(out.release()) != 0 && errno != EINTR)
+        return fail(errno);
+    if (::renameat(dir.get(), temp.constData(), dir.get(), name.constData()) != 0)
+        return fail(errno);
+    return {};
+}
+
+void FileCopier::removeStaleTemporaries(const QByteArray& dir) {
+    std::vector<QByteArray> stale;
+    const Result<void> read = readDirectory(dir, [&](int, const dirent& entry) {
+        const qint64 pid = temporaryPid(static_cast<const char*>(entry.d_name));
+        if (pid <= 0 || pid > std::numeric_limits<pid_t>::max())
+            return;
+        // A process that exists, even one we may not signal, may still be copying.
+        if (::kill(pid_t(pid), 0) != 0 && errno == ESRCH)
+            stale.emplace_back(entry.d_name);
+    });
+    if (!read)
+        return;
+    for (const QByteArray& name : stale)
+        ::unlink((dir + '/' + name).constData());
+}
+
+bool FileCopier::isTemporaryName(QByteArrayView name) {
+    return temporaryPid(name) >= 0;
+}
+
+} // namespace ondrel

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/Result.h"
+
+#include <QByteArray>
+#include <QByteArrayView>
+
+namespace ondrel {
+
+// Copies a file so that the destination is always either its old content or the whole new one:
+// the content goes to a temporary file beside the destination, which then takes the
+// destination's name in one step. FileSystem offers it to the rest of the program.
+class FileCopier {
+public:
+    // See FileSystem::copyFile.
+    static Result<void> copy(const QByteArray& source, const QByteArray& destination);
+
+    // Removes the temporary files in dir whose copying process is gone.
+    static void removeStaleTemporaries(const QByteArray& dir);
+
+    // Whether name is one of copy's temporary files.
+    static bool isTemporaryName(QByteArrayView name);
+};
+
+} // namespace ondrel
