@@ -30,7 +30,7 @@ constexpr int kSettableAttributes = Attr::ReadOnly | Attr::Hidden | Attr::System
 DryRunFileOps::DryRunFileOps(std::function<void(const QString&)> report)
     : m_report(std::move(report)) {}
 
-Result<FileStatus> DryRunFileOps::status(const QByteArray& path) {
+Result<FileStatus> DryRunFileOps::status(const QByteArray& path, StatusDetail) {
     if (m_deleted.contains(path))
         return Error(ErrNo::FileNotFound, kSource);
     Result<FileStatus> result = FileSystem::status(path);

@@ -19,7 +19,8 @@ public:
     // report receives one line per change that a real run would make.
     explicit DryRunFileOps(std::function<void(const QString&)> report);
 
-    Result<FileStatus> status(const QByteArray& path) override;
+    Result<FileStatus> status(const QByteArray& path,
+                              StatusDetail detail = StatusDetail::WithAttributes) override;
     Result<int> getAttributes(const QByteArray& path) override;
     Result<void> makeDirectory(const QByteArray& path) override;
     Result<void> copyFile(const QByteArray& source, const QByteArray& destination) override;

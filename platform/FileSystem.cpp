@@ -49,14 +49,15 @@ Result<void> FileSystem::setAttributes(const QByteArray& path, int attributes) {
     return DosAttributes::set(path, attributes);
 }
 
-Result<FileStatus> FileSystem::status(const QByteArray& path) {
+Result<FileStatus> FileSystem::status(const QByteArray& path, StatusDetail detail) {
     struct stat st {};
     if (::stat(path.constData(), &st) != 0)
         return errnoError(errno, path);
     FileStatus s;
     s.size = st.st_size;
     s.modified = st.st_mtim.tv_sec;
-    s.attributes = DosAttributes::fromStatus(path, st);
+    if (detail == StatusDetail::WithAttributes)
+        s.attributes = DosAttributes::fromStatus(path, st);
     s.device = st.st_dev;
     s.inode = st.st_ino;
     s.isDirectory = S_ISDIR(st.st_mode);

@@ -21,11 +21,14 @@ inline constexpr int Directory = 16;
 inline constexpr int Archive = 32;
 } // namespace Attr
 
+// Whether a status call also reads the stored attributes (one more system call per file).
+enum class StatusDetail { WithAttributes, WithoutAttributes };
+
 // What one status call tells about a file.
 struct FileStatus {
     qint64 size = 0;
     qint64 modified = 0; // last-modified time in whole seconds since the epoch
-    int attributes = 0;  // the Attr bits, as getAttributes gives them
+    int attributes = 0;  // the Attr bits, as getAttributes gives them (0 when not read)
     dev_t device = 0;
     ino_t inode = 0;
     bool isDirectory = false;
@@ -50,7 +53,8 @@ public:
     static Result<void> setAttributes(const QByteArray& path, int attributes);
 
     // Size, last-modified time, attributes and identity in one call; follows symbolic links.
-    static Result<FileStatus> status(const QByteArray& path);
+    static Result<FileStatus> status(const QByteArray& path,
+                                     StatusDetail detail = StatusDetail::WithAttributes);
     static Result<qint64> fileLength(const QByteArray& path);
     static Result<qint64> lastModified(const QByteArray& path);
 

@@ -100,7 +100,12 @@ FileStager::Next FileStager::toDestination(Call& call, const QString& destPath,
 
     call.Task = QStringLiteral("GetSPAttr");
     while (!call.sourceStatus) {
-        Result<FileStatus> status = m_run.m_ops.status(call.source);
+        // The stored attributes cost a system call per file; they are read only when a filter
+        // could leave the file out.
+        const bool filtered =
+            !settings.InclArc() || !settings.InclHid() || !settings.InclRO() || !settings.InclSys();
+        Result<FileStatus> status = m_run.m_ops.status(
+            call.source, filtered ? StatusDetail::WithAttributes : StatusDetail::WithoutAttributes);
         if (status.ok()) {
             call.sourceStatus = status.value();
             break;
@@ -118,7 +123,7 @@ FileStager::Next FileStager::toDestination(Call& call, const QString& destPath,
     call.Task = QStringLiteral("GetDPAttr");
     std::optional<FileStatus> dest;
     for (;;) {
-        Result<FileStatus> status = m_run.m_ops.status(destFile);
+        Result<FileStatus> status = m_run.m_ops.status(destFile, StatusDetail::WithoutAttributes);
         if (status.ok()) {
             dest = status.value();
             break;

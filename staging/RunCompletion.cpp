@@ -50,7 +50,7 @@ void RunCompletion::deleteSources() {
         ++state.DeletedCount;
         const QString shown = FileSystem::displayPath(path);
         // A source that changed after it was copied holds content no copy has: it stays.
-        const Result<FileStatus> now = m_run.m_ops.status(path);
+        const Result<FileStatus> now = m_run.m_ops.status(path, StatusDetail::WithoutAttributes);
         const auto copied = state.copiedSources.constFind(path);
         Result<void> deleted = now.ok() ? Result<void>() : Result<void>(now.error());
         if (now.ok() && copied != state.copiedSources.cend() &&

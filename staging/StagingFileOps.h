@@ -12,7 +12,7 @@ class StagingFileOps {
 public:
     virtual ~StagingFileOps() = default;
 
-    virtual Result<FileStatus> status(const QByteArray& path) = 0;
+    virtual Result<FileStatus> status(const QByteArray& path, StatusDetail detail) = 0;
     virtual Result<int> getAttributes(const QByteArray& path) = 0;
 
     virtual Result<void> makeDirectory(const QByteArray& path) = 0;
@@ -28,7 +28,9 @@ public:
 // The real disk.
 class DiskFileOps : public StagingFileOps {
 public:
-    Result<FileStatus> status(const QByteArray& path) override { return FileSystem::status(path); }
+    Result<FileStatus> status(const QByteArray& path, StatusDetail detail) override {
+        return FileSystem::status(path, detail);
+    }
     Result<int> getAttributes(const QByteArray& path) override {
         return FileSystem::getAttributes(path);
     }
