@@ -67,7 +67,8 @@ Result<void> DryRunFileOps::makeDirectory(const QByteArray& path) {
     return {};
 }
 
-Result<void> DryRunFileOps::copyFile(const QByteArray& source, const QByteArray& destination) {
+Result<FileStatus> DryRunFileOps::copyFile(const QByteArray& source, const QByteArray& destination,
+                                           DestinationHint) {
     if (!directoryExists(parentOf(destination)))
         return Error(ErrNo::PathNotFound, kSource);
     const Result<FileStatus> from = status(source);
@@ -92,7 +93,7 @@ Result<void> DryRunFileOps::copyFile(const QByteArray& source, const QByteArray&
     copy.inode = 0;
     m_copied.insert(destination, copy);
     m_attributes.remove(destination);
-    return {};
+    return from;
 }
 
 Result<void> DryRunFileOps::setAttributes(const QByteArray& path, int attributes) {

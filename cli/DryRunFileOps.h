@@ -23,7 +23,8 @@ public:
                               StatusDetail detail = StatusDetail::WithAttributes) override;
     Result<int> getAttributes(const QByteArray& path) override;
     Result<void> makeDirectory(const QByteArray& path) override;
-    Result<void> copyFile(const QByteArray& source, const QByteArray& destination) override;
+    Result<FileStatus> copyFile(const QByteArray& source, const QByteArray& destination,
+                                DestinationHint hint) override;
     Result<void> setAttributes(const QByteArray& path, int attributes) override;
     Result<void> deleteFile(const QByteArray& path) override;
     void syncFileSystems(const std::vector<QByteArray>& paths) override { (void)paths; }

@@ -84,23 +84,6 @@ struct StoredText {
     int size;
 };
 
-// The process's umask, read without changing it (umask() would, for every thread at once).
-mode_t currentUmask() {
-    Fd fd(::open("/proc/self/status", O_RDONLY | O_CLOEXEC));
-    if (fd) {
-        char buffer[4096];
-        const ssize_t n = ::read(fd.get(), buffer, sizeof buffer - 1);
-        if (n > 0) {
-            buffer[n] = '\0';
-            if (const char* line = std::strstr(buffer, "\nUmask:"))
-                return mode_t(std::strtoul(line + 7, nullptr, 8));
-        }
-    }
-    const mode_t mask = ::umask(022);
-    ::umask(mask);
-    return mask;
-}
-
 // Clearing Read-Only gives the owner the write bit back, and group and others theirs where they
 // may read and the umask would have let a new file have it.
 mode_t writeBitsToRestore(mode_t mode) {

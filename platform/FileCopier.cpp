@@ -9,9 +9,12 @@
 #include <climits>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <vector>
 
+#include <fcntl.h>
 #include <signal.h>
+#include <stdio.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #ifdef __linux__
@@ -68,7 +71,8 @@ qint64 temporaryPid(QByteArrayView name) {
 QByteArray temporaryName(const QByteArray& name) {
     static constexpr char kLetters[] =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
-    const QByteArray pid = QByteArray::number(qint64(::getpid()));
+    // Taken once: a copy is made per file, and the process does not change.
+    static const QByteArray pid = QByteArray::number(qint64(::getpid()));
     const qsizetype room = NAME_MAX - kTempPrefix.size() - pid.size() - 2 - kSuffixLength;
     qsizetype keep = std::min(name.size(), room);
     // Cut at a character's start, so that a long name stays readable.
@@ -134,13 +138,24 @@ int readWriteCopy(int in, int out, qint64 limit) {
 
 // The first size bytes of in to out, by the cheapest means the file systems offer: a shared
 // extent, an in-kernel copy, or reading and writing. 0 or an errno value.
-int copyContent(int in, int out, qint64 size) {
+int copyContent(int in, int out, qint64 size, dev_t sourceDevice) {
     // A size of 0 may be a pseudo-file whose content only reading reveals.
     if (size <= 0)
         return readWriteCopy(in, out, -1);
 #ifdef FICLONE
-    if (::ioctl(out, FICLONE, in) == 0)
-        return 0;
+    // Most file systems cannot share extents; once one has said so, it is not asked per file.
+    thread_local dev_t noCloneDevice = 0;
+    thread_local bool noCloneKnown = false;
+    if (!noCloneKnown || noCloneDevice != sourceDevice) {
+        if (::ioctl(out, FICLONE, in) == 0)
+            return 0;
+        if (unsupported(errno) || errno == EINVAL || errno == EXDEV || errno == ENOTTY) {
+            noCloneDevice = sourceDevice;
+            noCloneKnown = true;
+        }
+    }
+#else
+    (void)sourceDevice;
 #endif
     qint64 copied = 0;
     while (copied < size) {
@@ -164,7 +179,8 @@ int copyContent(int in, int out, qint64 size) {
 
 } // namespace
 
-Result<void> FileCopier::copy(const QByteArray& source, const QByteArray& destination) {
+Result<FileStatus> FileCopier::copy(const QByteArray& source, const QByteArray& destination,
+                                    DestinationHint hint) {
     // O_NONBLOCK: a fifo given as the source must not hang the run; it is refused below.
     const Fd in(::open(source.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!in) {
@@ -185,12 +201,13 @@ Result<void> FileCopier::copy(const QByteArray& source, const QByteArray& destin
     if (name.isEmpty() || name == "." || name == ".." || destination.endsWith('/'))
         return error(ErrNo::PathFileAccess);
     const QByteArray dirPath = parentOf(destination);
-    const Fd dir(::open(dirPath.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!dir)
-        return directoryError(errno, dirPath);
 
-    struct stat dst {};
-    if (::fstatat(dir.get(), name.constData(), &dst, 0) == 0) {
+    // What stands at the destination may be replaced only if it is an ordinary, writable file
+    // other than the source itself.
+    const auto refusal = [&]() -> std::optional<Error> {
+        struct stat dst {};
+        if (::stat(destination.constData(), &dst) != 0)
+            return std::nullopt; // nothing there (or no directory: creating the copy tells)
         if (dst.st_dev == src.st_dev && dst.st_ino == src.st_ino)
             return error(ErrNo::PathFileAccess,
                          QStringLiteral("Source and destination are the same file"));
@@ -199,34 +216,44 @@ Result<void> FileCopier::copy(const QByteArray& source, const QByteArray& destin
         // Renaming over a read-only file would get round its protection.
         if (!(dst.st_mode & S_IWUSR))
             return error(ErrNo::PermissionDenied);
-    } else if (errno != ENOENT) {
-        return errnoError(errno, destination);
+        return std::nullopt;
+    };
+    if (hint != DestinationHint::Missing) {
+        if (auto refused = refusal())
+            return *refused;
     }
 
+    // Created with the source's permissions where the owner may write it (its stored attributes
+    // are set through it below); otherwise owner-only until the end.
+    const mode_t mode = src.st_mode & 0777;
+    const mode_t createMode = (mode & S_IWUSR) ? mode : mode_t(0600);
+    static const mode_t umask = currentUmask();
+    const bool modeNeedsSetting = createMode != mode || (mode & umask) != 0;
+
+    const QByteArray dirPrefix = dirPath.endsWith('/') ? dirPath : dirPath + '/';
     QByteArray temp;
     Fd out;
     for (int attempt = 0; attempt < 100 && !out; ++attempt) {
-        temp = temporaryName(name);
-        out.reset(
-            ::openat(dir.get(), temp.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+        temp = dirPrefix + temporaryName(name);
+        out.reset(::open(temp.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, createMode));
         if (!out && errno != EEXIST)
             break;
     }
     if (!out)
-        return errnoError(errno, destination);
+        return directoryError(errno, dirPath);
 
-    const auto fail = [&](int e) -> Result<void> {
+    const auto fail = [&](int e) -> Result<FileStatus> {
         out.reset();
-        ::unlinkat(dir.get(), temp.constData(), 0);
+        ::unlink(temp.constData());
         return errnoError(e, destination);
     };
 
-    if (const int e = copyContent(in.get(), out.get(), src.st_size))
+    if (const int e = copyContent(in.get(), out.get(), src.st_size, src.st_dev))
         return fail(e);
     // Stored before the mode: without write bits its owner could no longer store it.
     if (const int e = DosAttributes::copyStored(in.get(), out.get()))
         return fail(e);
-    if (::fchmod(out.get(), src.st_mode & 0777) != 0)
+    if (modeNeedsSetting && ::fchmod(out.get(), mode) != 0)
         return fail(errno);
     const struct timespec times[2] = {src.st_atim, src.st_mtim};
     if (::futimens(out.get(), times) != 0)
@@ -234,9 +261,32 @@ Result<void> FileCopier::copy(const QByteArray& source, const QByteArray& destin
     // No fsync: a move syncs the destination file systems once, before its deletions.
     if (::close(out.release()) != 0 && errno != EINTR)
         return fail(errno);
-    if (::renameat(dir.get(), temp.constData(), dir.get(), name.constData()) != 0)
+
+    bool renamed = false;
+    if (hint == DestinationHint::Missing) {
+        // Found missing a moment ago: take the name only if it is still free, and look at what
+        // appeared meanwhile before replacing it.
+        renamed = ::renameat2(AT_FDCWD, temp.constData(), AT_FDCWD, destination.constData(),
+                              RENAME_NOREPLACE) == 0;
+        if (!renamed && errno != EEXIST && errno != EINVAL && errno != ENOSYS)
+            return fail(errno);
+        if (!renamed) {
+            if (auto refused = refusal()) {
+                ::unlink(temp.constData());
+                return *refused;
+            }
+        }
+    }
+    if (!renamed && ::rename(temp.constData(), destination.constData()) != 0)
         return fail(errno);
-    return {};
+
+    FileStatus copied;
+    copied.size = src.st_size;
+    copied.modified = src.st_mtim.tv_sec;
+    copied.device = src.st_dev;
+    copied.inode = src.st_ino;
+    copied.isRegular = true;
+    return copied;
 }
 
 void FileCopier::removeStaleTemporaries(const QByteArray& dir) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/FileSystem.h"
 #include "platform/Result.h"
 
 #include <QByteArray>
@@ -13,7 +14,8 @@ namespace ondrel {
 class FileCopier {
 public:
     // See FileSystem::copyFile.
-    static Result<void> copy(const QByteArray& source, const QByteArray& destination);
+    static Result<FileStatus> copy(const QByteArray& source, const QByteArray& destination,
+                                   DestinationHint hint);
 
     // Removes the temporary files in dir whose copying process is gone.
     static void removeStaleTemporaries(const QByteArray& dir);

@@ -51,8 +51,11 @@ Result<void> FileSystem::setAttributes(const QByteArray& path, int attributes) {
 
 Result<FileStatus> FileSystem::status(const QByteArray& path, StatusDetail detail) {
     struct stat st {};
-    if (::stat(path.constData(), &st) != 0)
+    if (::stat(path.constData(), &st) != 0) {
+        if (detail == StatusDetail::Probe && errno == ENOENT)
+            return error(ErrNo::FileNotFound);
         return errnoError(errno, path);
+    }
     FileStatus s;
     s.size = st.st_size;
     s.modified = st.st_mtim.tv_sec;
@@ -170,8 +173,9 @@ Result<void> FileSystem::deleteFile(const QByteArray& path) {
     return {};
 }
 
-Result<void> FileSystem::copyFile(const QByteArray& source, const QByteArray& destination) {
-    return FileCopier::copy(source, destination);
+Result<FileStatus> FileSystem::copyFile(const QByteArray& source, const QByteArray& destination,
+                                        DestinationHint hint) {
+    return FileCopier::copy(source, destination, hint);
 }
 
 void FileSystem::removeStaleTemporaries(const QByteArray& dir) {

@@ -21,8 +21,15 @@ inline constexpr int Directory = 16;
 inline constexpr int Archive = 32;
 } // namespace Attr
 
-// Whether a status call also reads the stored attributes (one more system call per file).
-enum class StatusDetail { WithAttributes, WithoutAttributes };
+// What the caller of a copy knows of its destination: nothing, or that it found no file there a
+// moment ago (the copy then spares itself a look, and still never replaces a file that appeared
+// meanwhile without the checks below).
+enum class DestinationHint { Unknown, Missing };
+
+// How much a status call finds out: with the stored attributes (one more system call per file);
+// without them; or as a probe of whether the file is there, where a missing file is 53 without
+// a further look at whether its directory is missing too.
+enum class StatusDetail { WithAttributes, WithoutAttributes, Probe };
 
 // What one status call tells about a file.
 struct FileStatus {
@@ -91,8 +98,10 @@ public:
     // modification time, permission bits and stored Hidden/System, and reads as Archive. An
     // existing read-only destination is refused with 70; a destination that is the source
     // itself (same device and inode) is refused with 75; a missing source is 53; a missing
-    // destination directory 76. A failed copy leaves no temporary file behind.
-    static Result<void> copyFile(const QByteArray& source, const QByteArray& destination);
+    // destination directory 76. A failed copy leaves no temporary file behind. Gives the status
+    // the source had when its content was copied (size, time, identity; no attributes).
+    static Result<FileStatus> copyFile(const QByteArray& source, const QByteArray& destination,
+                                       DestinationHint hint = DestinationHint::Unknown);
 
     // Removes temporary files that a copy into dir left behind when its process was killed.
     // Only files named as copyFile names them, whose process is gone, are removed.

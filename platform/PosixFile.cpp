@@ -2,7 +2,12 @@
 
 #include <QFile>
 
+#include <cstdlib>
+#include <cstring>
+
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace ondrel::posix {
 
@@ -56,6 +61,22 @@ Error directoryError(int e, const QByteArray& path) {
     if (e == ENOENT || e == ENOTDIR)
         return error(ErrNo::PathNotFound);
     return Error::fromErrno(e, QFile::decodeName(path), kSource);
+}
+
+mode_t currentUmask() {
+    Fd fd(::open("/proc/self/status", O_RDONLY | O_CLOEXEC));
+    if (fd) {
+        char buffer[4096];
+        const ssize_t n = ::read(fd.get(), buffer, sizeof buffer - 1);
+        if (n > 0) {
+            buffer[n] = '\0';
+            if (const char* line = std::strstr(buffer, "\nUmask:"))
+                return mode_t(std::strtoul(line + 7, nullptr, 8));
+        }
+    }
+    const mode_t mask = ::umask(022);
+    ::umask(mask);
+    return mask;
 }
 
 } // namespace ondrel::posix

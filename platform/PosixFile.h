@@ -84,4 +84,7 @@ template <typename OnEntry> Result<void> readDirectory(const QByteArray& dir, On
     }
 }
 
+// The process's umask, read without changing it (umask() would, for every thread at once).
+mode_t currentUmask();
+
 } // namespace ondrel::posix

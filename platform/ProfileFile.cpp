@@ -2,6 +2,8 @@
 
 #include "platform/WholeFile.h"
 
+#include <QStringDecoder>
+
 #include <cerrno>
 
 namespace ondrel {
@@ -46,6 +48,11 @@ ProfileFile ProfileFile::parse(const QByteArray& bytes) {
         file.m_byteOrderMark = true;
         rest = rest.sliced(3);
     }
+    // Only the file's first byte-order mark is one. QString::fromUtf8 would drop those bytes at
+    // the start of any line, so a key beginning with U+FEFF would not read back and a line the
+    // calls do not understand would not be kept as it was.
+    QStringDecoder decode(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless |
+                                                    QStringDecoder::Flag::ConvertInitialBom);
     Section* current = nullptr;
     while (!rest.isEmpty()) {
         qsizetype eol = rest.indexOf('\n');
@@ -53,7 +60,7 @@ ProfileFile ProfileFile::parse(const QByteArray& bytes) {
         rest = eol < 0 ? QByteArrayView() : rest.sliced(eol + 1);
         if (raw.endsWith('\r'))
             raw.chop(1);
-        const QString text = QString::fromUtf8(raw);
+        const QString text = decode(raw);
         const QString trimmed = trimBlanks(text);
 
         if (trimmed.startsWith(u'[')) {
@@ -143,7 +150,10 @@ void ProfileFile::writeString(const QString& section, const QString& key, const 
         m_sectionIndex.insert(foldKey(sectionName), int(m_sections.size() - 1));
         s = &m_sections.back();
     }
-    Line line{keyName + QLatin1Char('=') + value, keyName, value};
+    // The profile write call takes a C string, so a value ends at its first NUL. Written whole,
+    // a value with trailing NULs would lose one of them at each load and save and never settle.
+    const QString text = value.left(value.indexOf(QChar(u'\0')));
+    Line line{keyName + QLatin1Char('=') + text, keyName, text};
     const auto it = s->keyIndex.constFind(foldKey(keyName));
     if (it != s->keyIndex.constEnd())
         s->lines[*it] = std::move(line);

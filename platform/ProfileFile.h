@@ -35,7 +35,8 @@ public:
     QString getString(const QString& section, const QString& key, const QString& defaultValue,
                       int bufferSize) const;
 
-    // The profile write call, on the copy in memory.
+    // The profile write call, on the copy in memory. Like the system's call, which takes a C
+    // string, it writes a value only up to its first NUL.
     void writeString(const QString& section, const QString& key, const QString& value);
 
     // The whole file as text with CR LF line ends.

@@ -25,6 +25,7 @@ public:
     T* operator->() { return &*m_value; }
 
     const Error& error() const { return m_error; }
+    T value_or(T fallback) const { return ok() ? *m_value : std::move(fallback); }
 
     // The value, or throws the error: for callers whose failures pass on to their own caller.
     T valueOrThrow() && {

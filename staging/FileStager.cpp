@@ -98,32 +98,26 @@ FileStager::Next FileStager::toDestination(Call& call, const QString& destPath,
     if (const auto next = checkDrive(call))
         return *next;
 
-    call.Task = QStringLiteral("GetSPAttr");
-    while (!call.sourceStatus) {
-        // The stored attributes cost a system call per file; they are read only when a filter
-        // could leave the file out.
-        const bool filtered =
-            !settings.InclArc() || !settings.InclHid() || !settings.InclRO() || !settings.InclSys();
-        Result<FileStatus> status = m_run.m_ops.status(
-            call.source, filtered ? StatusDetail::WithAttributes : StatusDetail::WithoutAttributes);
-        if (status.ok()) {
-            call.sourceStatus = status.value();
-            break;
-        }
-        if (const Next next = handleError(status.error(), call); next != Next::Retry)
-            return next;
+    // The source's status is read only where a decision needs it: its stored attributes when a
+    // filter could leave it out, its time when an older destination is to be replaced. A fresh
+    // copy of an unfiltered tree reads nothing of the source before copying it.
+    const bool filtered =
+        !settings.InclArc() || !settings.InclHid() || !settings.InclRO() || !settings.InclSys();
+    if (filtered) {
+        if (const auto next = readSourceStatus(call, StatusDetail::WithAttributes))
+            return *next;
+        const int attributes = call.sourceStatus->attributes;
+        if (attributes != Attr::Normal && (((attributes & Attr::Archive) && !settings.InclArc()) ||
+                                           ((attributes & Attr::Hidden) && !settings.InclHid()) ||
+                                           ((attributes & Attr::ReadOnly) && !settings.InclRO()) ||
+                                           ((attributes & Attr::System) && !settings.InclSys())))
+            return Next::Return;
     }
-    const int attributes = call.sourceStatus->attributes;
-    if (attributes != Attr::Normal && (((attributes & Attr::Archive) && !settings.InclArc()) ||
-                                       ((attributes & Attr::Hidden) && !settings.InclHid()) ||
-                                       ((attributes & Attr::ReadOnly) && !settings.InclRO()) ||
-                                       ((attributes & Attr::System) && !settings.InclSys())))
-        return Next::Return;
 
     call.Task = QStringLiteral("GetDPAttr");
     std::optional<FileStatus> dest;
     for (;;) {
-        Result<FileStatus> status = m_run.m_ops.status(destFile, StatusDetail::WithoutAttributes);
+        Result<FileStatus> status = m_run.m_ops.status(destFile, StatusDetail::Probe);
         if (status.ok()) {
             dest = status.value();
             break;
@@ -139,6 +133,9 @@ FileStager::Next FileStager::toDestination(Call& call, const QString& destPath,
     if (dest) {
         switch (settings.Overwrite()) {
         case OverwriteMode::IfOlder:
+            if (const auto next = readSourceStatus(call, StatusDetail::WithoutAttributes))
+                return *next;
+            call.Task = QStringLiteral("GetDPAttr");
             if (call.sourceStatus->modified <= dest->modified)
                 return Next::NextDestination;
             break;
@@ -167,13 +164,12 @@ FileStager::Next FileStager::toDestination(Call& call, const QString& destPath,
         }
     }
 
-    if (const auto next = copy(call, destDir, destFile))
+    if (const auto next = copy(call, destDir, destFile,
+                               dest ? DestinationHint::Unknown : DestinationHint::Missing))
         return *next;
     host.yield();
     ++state.CopiedCount;
     host.showCopiedCount(state.CopiedCount);
-    state.copiedSources.insert(
-        call.source, RunState::Copied{call.sourceStatus->size, call.sourceStatus->modified});
 
     if (settings.ResetArchive()) {
         if (const auto next = resetArchive(call))
@@ -183,6 +179,22 @@ FileStager::Next FileStager::toDestination(Call& call, const QString& destPath,
         state.lstDelSource.push_back(call.source);
     call.Task = QStringLiteral("ProcessDP");
     return Next::NextDestination;
+}
+
+std::optional<FileStager::Next> FileStager::readSourceStatus(Call& call, StatusDetail detail) {
+    if (call.sourceStatus && (detail == StatusDetail::WithoutAttributes || call.attributesRead))
+        return std::nullopt;
+    call.Task = QStringLiteral("GetSPAttr");
+    for (;;) {
+        Result<FileStatus> status = m_run.m_ops.status(call.source, detail);
+        if (status.ok()) {
+            call.sourceStatus = status.value();
+            call.attributesRead = detail == StatusDetail::WithAttributes;
+            return std::nullopt;
+        }
+        if (const Next next = handleError(status.error(), call); next != Next::Retry)
+            return next;
+    }
 }
 
 std::optional<FileStager::Next> FileStager::checkDrive(Call& call) {
@@ -205,7 +217,7 @@ std::optional<FileStager::Next> FileStager::checkDrive(Call& call) {
 }
 
 std::optional<FileStager::Next> FileStager::copy(Call& call, const QByteArray& destDir,
-                                                 const QByteArray& destFile) {
+                                                 const QByteArray& destFile, DestinationHint hint) {
     RunState& state = m_run.m_state;
     StagingHost& host = m_run.m_host;
     host.showDestFile(FileSystem::displayPath(destFile));
@@ -219,9 +231,15 @@ std::optional<FileStager::Next> FileStager::copy(Call& call, const QByteArray& d
             state.writtenDirs.insert(destDir);
             m_run.m_ops.removeStaleTemporaries(destDir);
         }
-        const Result<void> copied = m_run.m_ops.copyFile(call.source, destFile);
-        if (copied.ok())
+        const Result<FileStatus> copied = m_run.m_ops.copyFile(call.source, destFile, hint);
+        if (copied.ok()) {
+            // What a move may delete later: the source as it was when this copy read it.
+            state.copiedSources.insert(call.source,
+                                       RunState::Copied{copied->size, copied->modified});
+            if (!call.sourceStatus)
+                call.sourceStatus = copied.value();
             return std::nullopt;
+        }
         if (copied.error().number() == ErrNo::PathNotFound) {
             // The destination directory is missing: made when the options say so, then the
             // copy is tried once more.
@@ -284,7 +302,9 @@ FileStager::Next FileStager::handleError(const Error& error, Call& call) {
     case ErrNo::DiskFull:
         message = QStringLiteral("The disk in drive ") + call.drive + QStringLiteral(": is full.");
         boxText = message + QStringLiteral("  The file currently being copied is ") +
-                  StagingRun::formatCount(call.sourceStatus ? call.sourceStatus->size : 0) +
+                  StagingRun::formatCount(call.sourceStatus
+                                              ? call.sourceStatus->size
+                                              : FileSystem::fileLength(call.source).value_or(0)) +
                   QStringLiteral(" bytes.  If you are using a removable disk and want to continue "
                                  "with another disk, replace the current disk and then click "
                                  "'Retry'.");

@@ -34,12 +34,15 @@ private:
         QByteArray sourceDir; // the directory of a selected file, for "CheckVarSP"
         QString drive;
         std::optional<FileStatus> sourceStatus;
+        bool attributesRead = false;
     };
 
     Next toDestination(Call& call, const QString& destPath, const QByteArray& relative);
     // These three give nothing when the step succeeded and the destination's staging goes on.
+    std::optional<Next> readSourceStatus(Call& call, StatusDetail detail);
     std::optional<Next> checkDrive(Call& call);
-    std::optional<Next> copy(Call& call, const QByteArray& destDir, const QByteArray& destFile);
+    std::optional<Next> copy(Call& call, const QByteArray& destDir, const QByteArray& destFile,
+                             DestinationHint hint);
     std::optional<Next> resetArchive(Call& call);
     // The one error handler of StageFile: reports the failure as its number calls for and says
     // how to go on.

@@ -16,7 +16,9 @@ public:
     virtual Result<int> getAttributes(const QByteArray& path) = 0;
 
     virtual Result<void> makeDirectory(const QByteArray& path) = 0;
-    virtual Result<void> copyFile(const QByteArray& source, const QByteArray& destination) = 0;
+    // Gives the status the source had when it was copied.
+    virtual Result<FileStatus> copyFile(const QByteArray& source, const QByteArray& destination,
+                                        DestinationHint hint) = 0;
     virtual Result<void> setAttributes(const QByteArray& path, int attributes) = 0;
     virtual Result<void> deleteFile(const QByteArray& path) = 0;
     // Called once before the sources of a move are deleted: makes the copies durable.
@@ -37,8 +39,9 @@ public:
     Result<void> makeDirectory(const QByteArray& path) override {
         return FileSystem::makeDirectory(path);
     }
-    Result<void> copyFile(const QByteArray& source, const QByteArray& destination) override {
-        return FileSystem::copyFile(source, destination);
+    Result<FileStatus> copyFile(const QByteArray& source, const QByteArray& destination,
+                                DestinationHint hint) override {
+        return FileSystem::copyFile(source, destination, hint);
     }
     Result<void> setAttributes(const QByteArray& path, int attributes) override {
         return FileSystem::setAttributes(path, attributes);

@@ -323,7 +323,7 @@ private Q_SLOTS:
         QVERIFY(::symlink("../src/a", at("dst/link")) == 0);
         QVERIFY(::mkfifo(at("src/fifo"), 0644) == 0);
         const auto before = std::make_pair(snapshot(at("src")), snapshot(at("dst")));
-        const Result<void> copied =
+        const Result<FileStatus> copied =
             FileSystem::copyFile(at(paths.section(u' ', 0, 0)), at(paths.section(u' ', 1)));
         QCOMPARE(errorOf(copied), expected);
         // Nothing changed, no temporary file left.
@@ -339,7 +339,7 @@ private Q_SLOTS:
         const struct rlimit small = {65536, old.rlim_max};
         const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
         QVERIFY(::setrlimit(RLIMIT_FSIZE, &small) == 0);
-        const Result<void> copied = FileSystem::copyFile(at("big"), at("dest"));
+        const Result<FileStatus> copied = FileSystem::copyFile(at("big"), at("dest"));
         ::setrlimit(RLIMIT_FSIZE, &old);
         std::signal(SIGXFSZ, oldHandler);
         if (copied.ok())

@@ -49,10 +49,11 @@ template <typename T> void whenModal(std::function<void(T*)> then) {
 class HookedDiskOps : public DiskFileOps {
 public:
     std::function<void()> onCopy;
-    Result<void> copyFile(const QByteArray& source, const QByteArray& destination) override {
+    Result<FileStatus> copyFile(const QByteArray& source, const QByteArray& destination,
+                                DestinationHint hint) override {
         if (onCopy)
             onCopy();
-        return DiskFileOps::copyFile(source, destination);
+        return DiskFileOps::copyFile(source, destination, hint);
     }
 };
 
