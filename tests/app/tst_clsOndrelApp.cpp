@@ -142,6 +142,29 @@ private Q_SLOTS:
         QCOMPARE(app.ReadINIFile("mru0file", "mrulist", app.OptionsFile()), QString("a.spc"));
     }
 
+    // Texts ending in NULs: the reading rule drops one, writing writes none, so what is read
+    // back is the text without them and a second write changes nothing more.
+    void trailingNulsAreNotWrittenBack() {
+        QTemporaryDir dir;
+        QVERIFY(
+            WholeFile::write(dir.filePath("ONDREL.OPT"), fixtureBytes("trailing-nuls.opt")).ok());
+        {
+            clsOndrelApp app(kScreen, dir.path());
+            app.ReadOPTFile();
+            app.setSaveSettings(true);
+            app.WriteOPTFile();
+        }
+        const QByteArray once = WholeFile::read(dir.filePath("ONDREL.OPT")).value();
+        QVERIFY(!once.contains('\0'));
+        clsOndrelApp app(kScreen, dir.path());
+        app.ReadOPTFile();
+        QCOMPARE(app.DefaultPath(), QString("/home/user/My Documents"));
+        QCOMPARE(app.DefaultDrive(), QString("/mnt/usb"));
+        QCOMPARE(app.SplitterLoc(), 2000);
+        app.WriteOPTFile();
+        QCOMPARE(WholeFile::read(dir.filePath("ONDREL.OPT")).value(), once);
+    }
+
     void reading_data() {
         QTest::addColumn<QByteArray>("lines");
         QTest::addColumn<QString>("property");

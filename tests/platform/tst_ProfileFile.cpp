@@ -57,6 +57,15 @@ private Q_SLOTS:
                                               << ""
                                               << "Key"
                                               << "";
+        // Only the file's first byte-order mark is one; elsewhere those bytes are text.
+        QTest::newRow("byte-order mark inside the file") << "bom-inside.ini"
+                                                         << "Main"
+                                                         << "Key"
+                                                         << "first";
+        QTest::newRow("byte-order mark inside the file, no header") << "bom-inside.ini"
+                                                                    << "Other"
+                                                                    << "Key"
+                                                                    << "";
         QTest::newRow("section name trimmed, case") << "odd-lines.ini"
                                                     << "main"
                                                     << "KEY"
@@ -140,6 +149,16 @@ private Q_SLOTS:
             << crlf("k=loose\n[A]\n") << QStringList{"A", "k", "1"} << crlf("k=loose\n[A]\nk=1\n");
         QTest::newRow("duplicate key: the first is replaced")
             << crlf("[A]\nk=1\nK=2\n") << QStringList{"A", "k", "3"} << crlf("[A]\nk=3\nK=2\n");
+        QTest::newRow("key beginning with a byte-order mark replaced in place")
+            << QByteArray("[A]\r\n\xEF\xBB\xBFk=1\r\n")
+            << QStringList{"A", QChar(0xFEFF) + QString("k"), "2"}
+            << QByteArray("[A]\r\n\xEF\xBB\xBFk=2\r\n");
+        // As through the system's call, which takes a C string: otherwise a value with trailing
+        // NULs loses one at each load and save and a saved file never settles.
+        QTest::newRow("a value ends at its first NUL")
+            << crlf("[A]\nk=1\n") << QStringList{"A", "k", QStringView(u"v\0\0", 3).toString(),
+                                                 "A", "j", QStringView(u"x\0y", 3).toString()}
+            << crlf("[A]\nk=v\nj=x\n");
     }
 
     void writing() {

@@ -157,6 +157,25 @@ private Q_SLOTS:
         QCOMPARE(spec.SPs().Item(2)->Name(), longer.left(254));
     }
 
+    // Values ending in NULs: the reading rule drops one, saving writes none, so the second save
+    // writes what the first did.
+    void trailingNulsSettleAfterOneSave() {
+        ScriptedMsgBox boxes;
+        const QByteArray clean = crlf("[SourcePaths]\nSP1=/data/src\n[ISD]\nSP1=True\n[SP1FGs]\n"
+                                      "FG1=*.txt\n[SP1FG1DPs]\nDP1=/backup/text\n");
+        QString from = fixture("trailing-nuls.spc");
+        for (const char* name : {"once.spc", "twice.spc"}) {
+            clsSpecFile spec;
+            QVERIFY(spec.LoadSpecFile(from));
+            spec.setPath(m_dir.path() + "/");
+            spec.setName(name);
+            spec.SaveSpecFile();
+            from = m_dir.filePath(name);
+            QCOMPARE(WholeFile::read(from).value(), clean);
+        }
+        QVERIFY(boxes.shown().isEmpty());
+    }
+
     void moreThan32767EntriesOverflow() {
         QByteArray text = "[SourcePaths]\r\nSP1=/a\r\n[SP1FGs]\r\nFG1=*.*\r\n[SP1FG1DPs]\r\n";
         for (int k = 1; k <= 32768; ++k)
