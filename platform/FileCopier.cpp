@@ -1,4 +1,5 @@
 #include "platform/FileCopier.h"
+#include "platform/CrashPoint.h"
 
 #include "platform/DosAttributes.h"
 #include "platform/PosixFile.h"
@@ -235,6 +236,7 @@ Result<FileStatus> FileCopier::copy(const QByteArray& source, const QByteArray& 
     Fd out;
     for (int attempt = 0; attempt < 100 && !out; ++attempt) {
         temp = dirPrefix + temporaryName(name);
+        CrashPoint::reached();
         out.reset(::open(temp.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, createMode));
         if (!out && errno != EEXIST)
             break;
@@ -248,20 +250,24 @@ Result<FileStatus> FileCopier::copy(const QByteArray& source, const QByteArray& 
         return errnoError(e, destination);
     };
 
+    CrashPoint::reached();
     if (const int e = copyContent(in.get(), out.get(), src.st_size, src.st_dev))
         return fail(e);
     // Stored before the mode: without write bits its owner could no longer store it.
     if (const int e = DosAttributes::copyStored(in.get(), out.get()))
         return fail(e);
+    CrashPoint::reached();
     if (modeNeedsSetting && ::fchmod(out.get(), mode) != 0)
         return fail(errno);
     const struct timespec times[2] = {src.st_atim, src.st_mtim};
+    CrashPoint::reached();
     if (::futimens(out.get(), times) != 0)
         return fail(errno);
     // No fsync: a move syncs the destination file systems once, before its deletions.
     if (::close(out.release()) != 0 && errno != EINTR)
         return fail(errno);
 
+    CrashPoint::reached();
     bool renamed = false;
     if (hint == DestinationHint::Missing) {
         // Found missing a moment ago: take the name only if it is still free, and look at what

@@ -1,4 +1,5 @@
 #include "platform/FileSystem.h"
+#include "platform/CrashPoint.h"
 
 #include "platform/DosAttributes.h"
 #include "platform/FileCopier.h"
@@ -46,6 +47,7 @@ Result<int> FileSystem::getAttributes(const QByteArray& path) {
 }
 
 Result<void> FileSystem::setAttributes(const QByteArray& path, int attributes) {
+    CrashPoint::reached();
     return DosAttributes::set(path, attributes);
 }
 
@@ -150,6 +152,7 @@ Result<void> FileSystem::checkDirectory(const QByteArray& path) {
 }
 
 Result<void> FileSystem::makeDirectory(const QByteArray& path) {
+    CrashPoint::reached();
     if (::mkdir(path.constData(), 0777) == 0)
         return {};
     const int e = errno;
@@ -168,6 +171,7 @@ Result<void> FileSystem::deleteFile(const QByteArray& path) {
     // bits of its own.
     if (!S_ISLNK(st.st_mode) && !(st.st_mode & S_IWUSR))
         return error(ErrNo::PermissionDenied);
+    CrashPoint::reached();
     if (::unlink(path.constData()) != 0)
         return errnoError(errno, path);
     return {};

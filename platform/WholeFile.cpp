@@ -1,4 +1,5 @@
 #include "platform/WholeFile.h"
+#include "platform/CrashPoint.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -54,6 +55,7 @@ bool writeAll(int fd, const QByteArray& bytes) {
 
 Result<void> writeInPlace(const QByteArray& path, const QString& fileName,
                           const QByteArray& bytes) {
+    CrashPoint::reached();
     FdGuard fd(::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
     if (fd.get() < 0)
         return errnoError(errno, fileName);
@@ -113,6 +115,7 @@ Result<void> WholeFile::write(const QString& fileName, const QByteArray& bytes) 
     QByteArray tempPath =
         QFile::encodeName(targetInfo.absolutePath() + QStringLiteral("/.ondrel~") +
                           targetInfo.fileName() + QStringLiteral("~XXXXXX"));
+    CrashPoint::reached();
     FdGuard fd(::mkostemp(tempPath.data(), O_CLOEXEC));
     if (fd.get() < 0) {
         const int e = errno;
@@ -134,6 +137,7 @@ Result<void> WholeFile::write(const QString& fileName, const QByteArray& bytes) 
         ::unlink(tempPath.constData());
         return errnoError(e, fileName);
     }
+    CrashPoint::reached();
     if (::rename(tempPath.constData(), path.constData()) != 0) {
         const int e = errno;
         ::unlink(tempPath.constData());

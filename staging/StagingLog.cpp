@@ -1,4 +1,5 @@
 #include "staging/StagingLog.h"
+#include "platform/CrashPoint.h"
 
 #include <QFile>
 
@@ -45,6 +46,7 @@ Result<void> StagingLog::flush() {
         return {};
     qsizetype done = 0;
     while (done < m_buffer.size()) {
+        CrashPoint::reached();
         const ssize_t n =
             ::write(m_fd, m_buffer.constData() + done, static_cast<size_t>(m_buffer.size() - done));
         if (n < 0) {
