@@ -1,5 +1,7 @@
 #include "cli/DryRunFileOps.h"
 
+#include "platform/NativePath.h"
+
 #include <utility>
 
 namespace ondrel {
@@ -7,21 +9,6 @@ namespace ondrel {
 namespace {
 
 const QString kSource = QStringLiteral("DryRunFileOps");
-
-QByteArray withoutTrailingSeparator(QByteArray path) {
-    while (path.size() > 1 && path.endsWith('/'))
-        path.chop(1);
-    return path;
-}
-
-// The directory that holds path ("/" for a name in the root).
-QByteArray parentOf(const QByteArray& path) {
-    const QByteArray p = withoutTrailingSeparator(path);
-    const qsizetype slash = p.lastIndexOf('/');
-    if (slash < 0)
-        return QByteArrayLiteral(".");
-    return slash == 0 ? QByteArrayLiteral("/") : p.left(slash);
-}
 
 constexpr int kSettableAttributes = Attr::ReadOnly | Attr::Hidden | Attr::System | Attr::Archive;
 
@@ -51,16 +38,16 @@ Result<int> DryRunFileOps::getAttributes(const QByteArray& path) {
 }
 
 bool DryRunFileOps::directoryExists(const QByteArray& dir) const {
-    const QByteArray d = withoutTrailingSeparator(dir);
+    const QByteArray d = NativePath::withoutTrailingSeparator(dir);
     return m_made.contains(d) || FileSystem::checkDirectory(d).ok();
 }
 
 Result<void> DryRunFileOps::makeDirectory(const QByteArray& path) {
-    const QByteArray dir = withoutTrailingSeparator(path);
+    const QByteArray dir = NativePath::withoutTrailingSeparator(path);
     // Anything of that name, a directory or a file, keeps the directory from being made.
     if (m_made.contains(dir) || FileSystem::status(dir).ok())
         return Error(ErrNo::PathFileAccess, kSource);
-    if (!directoryExists(parentOf(dir)))
+    if (!directoryExists(NativePath::parentOf(dir)))
         return Error(ErrNo::PathNotFound, kSource);
     m_made.insert(dir);
     m_report(QStringLiteral("make directory ") + FileSystem::displayPath(dir));
@@ -69,7 +56,7 @@ Result<void> DryRunFileOps::makeDirectory(const QByteArray& path) {
 
 Result<FileStatus> DryRunFileOps::copyFile(const QByteArray& source, const QByteArray& destination,
                                            DestinationHint) {
-    if (!directoryExists(parentOf(destination)))
+    if (!directoryExists(NativePath::parentOf(destination)))
         return Error(ErrNo::PathNotFound, kSource);
     const Result<FileStatus> from = status(source);
     if (!from.ok())

@@ -3,6 +3,7 @@
 #include "app/clsOndrelApp.h"
 #include "platform/Convert.h"
 #include "platform/FileSystem.h"
+#include "platform/NativePath.h"
 #include "spec/clsSpecFile.h"
 #include "staging/StagingHost.h"
 #include "staging/StagingRun.h"
@@ -15,12 +16,6 @@ namespace ondrel {
 namespace {
 
 const QString kVarious = QStringLiteral("<various>");
-
-QByteArray joinPath(const QByteArray& dir, const QByteArray& name) {
-    if (dir.endsWith('/'))
-        return dir + name;
-    return dir + '/' + name;
-}
 
 QByteArray cleanNative(const QString& path) {
     return QFile::encodeName(QDir::cleanPath(path));
@@ -178,7 +173,7 @@ bool DirWalker::DirWalk(const clsSourcePath& SourcePath, const QByteArray& Dir) 
         }
         // The last listed first, depth first, before the files of Dir itself.
         for (auto it = subDirs->rbegin(); it != subDirs->rend() && !state.Cancelled; ++it) {
-            const QByteArray sub = joinPath(Dir, *it);
+            const QByteArray sub = NativePath::join(Dir, *it);
             // A destination inside the source tree is never walked into: its files are this
             // run's own copies.
             if (isOwnDestination(sub))
@@ -213,7 +208,7 @@ bool DirWalker::DirWalk(const clsSourcePath& SourcePath, const QByteArray& Dir) 
             continue;
         host.setProgressRange(int(files->size()));
         for (const QByteArray& name : *files) {
-            m_stager.StageFile(*fg, joinPath(Dir, name));
+            m_stager.StageFile(*fg, NativePath::join(Dir, name));
             if (state.Cancelled)
                 return false;
             host.advanceProgress();

@@ -2,6 +2,7 @@
 
 #include "app/Module1.h"
 #include "app/clsOndrelApp.h"
+#include "platform/NativePath.h"
 #include "spec/clsFileGroup.h"
 #include "staging/StagingFileOps.h"
 #include "staging/StagingHost.h"
@@ -15,21 +16,6 @@ namespace ondrel {
 namespace {
 
 const QString kVarious = QStringLiteral("<various>");
-
-QByteArray withoutTrailingSeparator(QByteArray path) {
-    while (path.size() > 1 && path.endsWith('/'))
-        path.chop(1);
-    return path;
-}
-
-// Joins two parts with exactly one separator between them.
-QByteArray joinPath(const QByteArray& dir, const QByteArray& name) {
-    if (name.isEmpty())
-        return dir;
-    if (dir.endsWith('/'))
-        return dir + name;
-    return dir + '/' + name;
-}
 
 } // namespace
 
@@ -87,9 +73,10 @@ FileStager::Next FileStager::toDestination(Call& call, const QString& destPath,
     const clsOndrelApp& settings = m_run.m_settings;
 
     const qsizetype slash = relative.lastIndexOf('/');
-    const QByteArray destDir = joinPath(withoutTrailingSeparator(QFile::encodeName(destPath)),
-                                        slash >= 0 ? relative.left(slash) : QByteArray());
-    const QByteArray destFile = joinPath(destDir, relative.mid(slash + 1));
+    const QByteArray destDir =
+        NativePath::join(NativePath::withoutTrailingSeparator(QFile::encodeName(destPath)),
+                         slash >= 0 ? relative.left(slash) : QByteArray());
+    const QByteArray destFile = NativePath::join(destDir, relative.mid(slash + 1));
     const QString shownDest = FileSystem::displayPath(destFile);
     host.showDestFile(shownDest);
 

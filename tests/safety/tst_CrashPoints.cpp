@@ -2,6 +2,8 @@
 // stop that no destination is half written and no source of a move is gone before its copies
 // are whole; then a second run must finish the job.
 
+#include "../staging/StagingFixture.h"
+
 #include "app/ScreenMetrics.h"
 #include "app/clsOndrelApp.h"
 #include "platform/CrashPoint.h"
@@ -110,22 +112,6 @@ QStringList temporaries(const QString& root) {
     return found;
 }
 
-class SilentHost : public StagingHost {
-public:
-    MsgAnswer ask(const QString&, MsgButtons buttons, MsgIcon, const QString&) override {
-        return buttons == MsgButtons::AbortRetryIgnore ? MsgAnswer::Ignore : firstButton(buttons);
-    }
-    void showSourcePath(const QString&) override {}
-    void showFileGroup(const QString&) override {}
-    void showDirectory(const QString&) override {}
-    void showSourceFile(const QString&) override {}
-    void showDestFile(const QString&) override {}
-    void setProgressRange(int) override {}
-    void advanceProgress() override {}
-    void yield() override {}
-    void showSummary(const QString&, const QString&) override {}
-};
-
 // The run in the child process: stops at change n (0: runs to its end).
 int runChild(const QString& root, const Case& c, int n) {
     FixedScreen screen(9600, 7200);
@@ -140,7 +126,7 @@ int runChild(const QString& root, const Case& c, int n) {
     for (const QString& d : destinations(c))
         fg->DPs().Add(root + "/" + d);
     const QStringList various{QString()};
-    SilentHost host;
+    test::ScriptedHost host; // error messages are off: it is asked nothing
     DiskFileOps ops;
     StagingLog log;
     if (!log.open(root + "/Staging.log").ok())

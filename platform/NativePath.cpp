@@ -1,0 +1,27 @@
+#include "platform/NativePath.h"
+
+namespace ondrel {
+
+QByteArray NativePath::join(const QByteArray& dir, const QByteArray& name) {
+    if (name.isEmpty())
+        return dir;
+    if (dir.endsWith('/'))
+        return dir + name;
+    return dir + '/' + name;
+}
+
+QByteArray NativePath::withoutTrailingSeparator(QByteArray path) {
+    while (path.size() > 1 && path.endsWith('/'))
+        path.chop(1);
+    return path;
+}
+
+QByteArray NativePath::parentOf(const QByteArray& path) {
+    const QByteArray p = withoutTrailingSeparator(path);
+    const qsizetype slash = p.lastIndexOf('/');
+    if (slash < 0)
+        return QByteArrayLiteral(".");
+    return slash == 0 ? QByteArrayLiteral("/") : p.left(slash);
+}
+
+} // namespace ondrel

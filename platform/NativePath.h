@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QByteArray>
+
+namespace ondrel {
+
+// Composing native paths (byte strings) without ever doubling or dropping a separator.
+class NativePath {
+public:
+    // dir and name with exactly one separator between them; dir alone when name is empty.
+    static QByteArray join(const QByteArray& dir, const QByteArray& name);
+    // path without separators at its end (the root stays "/").
+    static QByteArray withoutTrailingSeparator(QByteArray path);
+    // The directory that holds path ("/" for a name in the root, "." for a bare name).
+    static QByteArray parentOf(const QByteArray& path);
+};
+
+} // namespace ondrel
