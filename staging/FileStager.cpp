@@ -151,7 +151,7 @@ FileStager::Next FileStager::toDestination(Call& call, const QString& destPath,
         }
     }
 
-    if (const auto next = copy(call, destDir, destFile,
+    if (const auto next = copy(call, destDir, destFile, shownDest,
                                dest ? DestinationHint::Unknown : DestinationHint::Missing))
         return *next;
     host.yield();
@@ -207,11 +207,10 @@ std::optional<FileStager::Next> FileStager::copy(Call& call, const QByteArray& d
                                                  const QByteArray& destFile, DestinationHint hint) {
     RunState& state = m_run.m_state;
     StagingHost& host = m_run.m_host;
-    host.showDestFile(FileSystem::displayPath(destFile));
+    host.showDestFile(shownDest);
     host.yield();
     call.Task = QStringLiteral("FileCopy");
-    m_run.log(QStringLiteral("Copying ") + call.shownSource + QStringLiteral(" to ") +
-              FileSystem::displayPath(destFile));
+    m_run.log(QStringLiteral("Copying ") + call.shownSource + QStringLiteral(" to ") + shownDest);
     bool madeDirs = false;
     for (;;) {
         if (!state.writtenDirs.contains(destDir)) {
@@ -238,7 +237,7 @@ std::optional<FileStager::Next> FileStager::copy(Call& call, const QByteArray& d
                 return Next::NextDestination;
             }
             madeDirs = true;
-            host.showDestFile(FileSystem::displayPath(destFile));
+            host.showDestFile(shownDest);
             host.yield();
             continue;
         }

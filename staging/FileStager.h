@@ -42,7 +42,7 @@ private:
     std::optional<Next> readSourceStatus(Call& call, StatusDetail detail);
     std::optional<Next> checkDrive(Call& call);
     std::optional<Next> copy(Call& call, const QByteArray& destDir, const QByteArray& destFile,
-                             DestinationHint hint);
+                             const QString& shownDest, DestinationHint hint);
     std::optional<Next> resetArchive(Call& call);
     // The one error handler of StageFile: reports the failure as its number calls for and says
     // how to go on.
