@@ -204,7 +204,8 @@ std::optional<FileStager::Next> FileStager::checkDrive(Call& call) {
 }
 
 std::optional<FileStager::Next> FileStager::copy(Call& call, const QByteArray& destDir,
-                                                 const QByteArray& destFile, DestinationHint hint) {
+                                                 const QByteArray& destFile,
+                                                 const QString& shownDest, DestinationHint hint) {
     RunState& state = m_run.m_state;
     StagingHost& host = m_run.m_host;
     host.showDestFile(shownDest);
