@@ -1,6 +1,7 @@
 #include "platform/FileCopier.h"
 #include "platform/CrashPoint.h"
 
+#include "platform/DirectoryHandles.h"
 #include "platform/DosAttributes.h"
 #include "platform/PosixFile.h"
 
@@ -185,7 +186,8 @@ int copyContent(int in, int out, qint64 size, dev_t sourceDevice) {
 Result<FileStatus> FileCopier::copy(const QByteArray& source, const QByteArray& destination,
                                     DestinationHint hint) {
     // O_NONBLOCK: a fifo given as the source must not hang the run; it is refused below.
-    const Fd in(::open(source.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    const DirectoryHandles::At from = DirectoryHandles::resolve(source);
+    const Fd in(::openat(from.dir, from.name, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!in) {
         // Whatever is missing on its way, it is the source that is missing: a 76 here would
         // read as a missing destination directory.
@@ -204,12 +206,13 @@ Result<FileStatus> FileCopier::copy(const QByteArray& source, const QByteArray& 
     if (name.isEmpty() || name == "." || name == ".." || destination.endsWith('/'))
         return error(ErrNo::PathFileAccess);
     const QByteArray dirPath = parentOf(destination);
+    const DirectoryHandles::At to = DirectoryHandles::resolve(destination);
 
     // What stands at the destination may be replaced only if it is an ordinary, writable file
     // other than the source itself.
     const auto refusal = [&]() -> std::optional<Error> {
         struct stat dst {};
-        if (::stat(destination.constData(), &dst) != 0)
+        if (::fstatat(to.dir, to.name, &dst, 0) != 0)
             return std::nullopt; // nothing there (or no directory: creating the copy tells)
         if (dst.st_dev == src.st_dev && dst.st_ino == src.st_ino)
             return error(ErrNo::PathFileAccess,
@@ -233,13 +236,17 @@ Result<FileStatus> FileCopier::copy(const QByteArray& source, const QByteArray& 
     static const mode_t umask = currentUmask();
     const bool modeNeedsSetting = createMode != mode || (mode & umask) != 0;
 
-    const QByteArray dirPrefix = dirPath.endsWith('/') ? dirPath : dirPath + '/';
+    // The temporary is named within the destination's directory handle where there is one.
+    QByteArray dirPrefix;
+    if (to.dir == AT_FDCWD)
+        dirPrefix = dirPath.endsWith('/') ? dirPath : dirPath + '/';
     QByteArray temp;
     Fd out;
     for (int attempt = 0; attempt < 100 && !out; ++attempt) {
         temp = dirPrefix + temporaryName(name);
         CrashPoint::reached();
-        out.reset(::open(temp.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, createMode));
+        out.reset(::openat(to.dir, temp.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
+                           createMode));
         if (!out && errno != EEXIST)
             break;
     }
@@ -248,7 +255,7 @@ Result<FileStatus> FileCopier::copy(const QByteArray& source, const QByteArray& 
 
     const auto fail = [&](int e) -> Result<FileStatus> {
         out.reset();
-        ::unlink(temp.constData());
+        ::unlinkat(to.dir, temp.constData(), 0);
         return errnoError(e, destination);
     };
 
@@ -274,18 +281,17 @@ Result<FileStatus> FileCopier::copy(const QByteArray& source, const QByteArray& 
     if (hint == DestinationHint::Missing) {
         // Found missing a moment ago: take the name only if it is still free, and look at what
         // appeared meanwhile before replacing it.
-        renamed = ::renameat2(AT_FDCWD, temp.constData(), AT_FDCWD, destination.constData(),
-                              RENAME_NOREPLACE) == 0;
+        renamed = ::renameat2(to.dir, temp.constData(), to.dir, to.name, RENAME_NOREPLACE) == 0;
         if (!renamed && errno != EEXIST && errno != EINVAL && errno != ENOSYS)
             return fail(errno);
         if (!renamed) {
             if (auto refused = refusal()) {
-                ::unlink(temp.constData());
+                ::unlinkat(to.dir, temp.constData(), 0);
                 return *refused;
             }
         }
     }
-    if (!renamed && ::rename(temp.constData(), destination.constData()) != 0)
+    if (!renamed && ::renameat(to.dir, temp.constData(), to.dir, to.name) != 0)
         return fail(errno);
 
     FileStatus copied;
@@ -299,7 +305,7 @@ Result<FileStatus> FileCopier::copy(const QByteArray& source, const QByteArray& 
 
 void FileCopier::removeStaleTemporaries(const QByteArray& dir) {
     std::vector<QByteArray> stale;
-    const Result<void> read = readDirectory(dir, [&](int, const dirent& entry) {
+    const Result<void> read = readDirectory(dir, [&](int, const dirent64& entry) {
         const qint64 pid = temporaryPid(static_cast<const char*>(entry.d_name));
         if (pid <= 0 || pid > std::numeric_limits<pid_t>::max())
             return;

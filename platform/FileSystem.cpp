@@ -1,6 +1,7 @@
 #include "platform/FileSystem.h"
 #include "platform/CrashPoint.h"
 
+#include "platform/DirectoryHandles.h"
 #include "platform/DosAttributes.h"
 #include "platform/FileCopier.h"
 #include "platform/FileMask.h"
@@ -40,8 +41,9 @@ void sortForListBox(std::vector<QByteArray>& names) {
 // ----- attributes and status -----
 
 Result<int> FileSystem::getAttributes(const QByteArray& path) {
+    const DirectoryHandles::At at = DirectoryHandles::resolve(path);
     struct stat st {};
-    if (::stat(path.constData(), &st) != 0)
+    if (::fstatat(at.dir, at.name, &st, 0) != 0)
         return errnoError(errno, path);
     return DosAttributes::fromStatus(path, st);
 }
@@ -52,8 +54,9 @@ Result<void> FileSystem::setAttributes(const QByteArray& path, int attributes) {
 }
 
 Result<FileStatus> FileSystem::status(const QByteArray& path, StatusDetail detail) {
+    const DirectoryHandles::At at = DirectoryHandles::resolve(path);
     struct stat st {};
-    if (::stat(path.constData(), &st) != 0) {
+    if (::fstatat(at.dir, at.name, &st, 0) != 0) {
         if (detail == StatusDetail::Probe && errno == ENOENT)
             return error(ErrNo::FileNotFound);
         return errnoError(errno, path);
@@ -88,7 +91,7 @@ Result<qint64> FileSystem::lastModified(const QByteArray& path) {
 
 Result<std::vector<QByteArray>> FileSystem::subDirectories(const QByteArray& dir) {
     std::vector<QByteArray> names;
-    const Result<void> read = readDirectory(dir, [&](int fd, const dirent& entry) {
+    const Result<void> read = readDirectory(dir, [&](int fd, const dirent64& entry) {
         bool isDir = entry.d_type == DT_DIR;
         if (entry.d_type == DT_UNKNOWN) {
             struct stat st {};
@@ -110,7 +113,7 @@ Result<std::vector<QByteArray>> FileSystem::matchingFiles(const QByteArray& dir,
     if (!mask) // reported, like every failure of a listing, as the file system's
         return error(ErrNo::InvalidCall);
     std::vector<QByteArray> names;
-    const Result<void> read = readDirectory(dir, [&](int fd, const dirent& entry) {
+    const Result<void> read = readDirectory(dir, [&](int fd, const dirent64& entry) {
         const unsigned char type = entry.d_type;
         if (type != DT_REG && type != DT_LNK && type != DT_UNKNOWN)
             return;
@@ -162,8 +165,9 @@ Result<void> FileSystem::makeDirectory(const QByteArray& path) {
 }
 
 Result<void> FileSystem::deleteFile(const QByteArray& path) {
+    const DirectoryHandles::At at = DirectoryHandles::resolve(path);
     struct stat st {};
-    if (::lstat(path.constData(), &st) != 0)
+    if (::fstatat(at.dir, at.name, &st, AT_SYMLINK_NOFOLLOW) != 0)
         return errnoError(errno, path);
     if (S_ISDIR(st.st_mode))
         return error(ErrNo::PathFileAccess);
@@ -172,7 +176,7 @@ Result<void> FileSystem::deleteFile(const QByteArray& path) {
     if (!S_ISLNK(st.st_mode) && !(st.st_mode & S_IWUSR))
         return error(ErrNo::PermissionDenied);
     CrashPoint::reached();
-    if (::unlink(path.constData()) != 0)
+    if (::unlinkat(at.dir, at.name, 0) != 0)
         return errnoError(errno, path);
     return {};
 }

@@ -5,9 +5,14 @@ namespace ondrel {
 QByteArray NativePath::join(const QByteArray& dir, const QByteArray& name) {
     if (name.isEmpty())
         return dir;
-    if (dir.endsWith('/'))
-        return dir + name;
-    return dir + '/' + name;
+    // One allocation: a walk joins a path for every file it passes.
+    const bool separated = dir.endsWith('/');
+    QByteArray path;
+    path.reserve(dir.size() + (separated ? 0 : 1) + name.size());
+    path.append(dir);
+    if (!separated)
+        path.append('/');
+    return path.append(name);
 }
 
 QByteArray NativePath::withoutTrailingSeparator(QByteArray path) {

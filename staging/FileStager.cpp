@@ -72,16 +72,16 @@ FileStager::Next FileStager::toDestination(Call& call, const QString& destPath,
     StagingHost& host = m_run.m_host;
     const clsOndrelApp& settings = m_run.m_settings;
 
+    const Destination& to = destination(destPath);
     const qsizetype slash = relative.lastIndexOf('/');
     const QByteArray destDir =
-        NativePath::join(NativePath::withoutTrailingSeparator(QFile::encodeName(destPath)),
-                         slash >= 0 ? relative.left(slash) : QByteArray());
+        slash >= 0 ? NativePath::join(to.base, relative.left(slash)) : to.base;
     const QByteArray destFile = NativePath::join(destDir, relative.mid(slash + 1));
     const QString shownDest = FileSystem::displayPath(destFile);
     host.showDestFile(shownDest);
 
     call.Task = QStringLiteral("CheckDPDrive");
-    call.drive = destPath.left(1).toUpper();
+    call.drive = to.drive;
     if (const auto next = checkDrive(call))
         return *next;
 
@@ -166,6 +166,15 @@ FileStager::Next FileStager::toDestination(Call& call, const QString& destPath,
         state.lstDelSource.push_back(call.source);
     call.Task = QStringLiteral("ProcessDP");
     return Next::NextDestination;
+}
+
+const FileStager::Destination& FileStager::destination(const QString& destPath) {
+    const auto found = m_destinations.find(&destPath);
+    if (found != m_destinations.end())
+        return found->second;
+    Destination made{NativePath::withoutTrailingSeparator(QFile::encodeName(destPath)),
+                     destPath.left(1).toUpper()};
+    return m_destinations.emplace(&destPath, std::move(made)).first->second;
 }
 
 std::optional<FileStager::Next> FileStager::readSourceStatus(Call& call, StatusDetail detail) {

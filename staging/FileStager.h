@@ -6,6 +6,7 @@
 #include <QString>
 
 #include <optional>
+#include <unordered_map>
 
 namespace ondrel {
 
@@ -48,7 +49,16 @@ private:
     // how to go on.
     Next handleError(const Error& error, Call& call);
 
+    // What a destination path gives every file staged to it, made once per run.
+    struct Destination {
+        QByteArray base; // native form, without a trailing separator
+        QString drive;
+    };
+    const Destination& destination(const QString& destPath);
+
     StagingRun& m_run;
+    // By the address of the destination path's name: the spec does not change during a run.
+    std::unordered_map<const QString*, Destination> m_destinations;
     QByteArray m_curSourcePath; // native form of the source path being walked
     QString m_curSourcePathText;
 };

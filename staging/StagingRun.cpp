@@ -3,6 +3,7 @@
 #include "app/Module1.h"
 #include "app/clsOndrelApp.h"
 #include "platform/Convert.h"
+#include "platform/DirectoryHandles.h"
 #include "platform/FileSystem.h"
 #include "staging/DirWalker.h"
 #include "staging/RunCompletion.h"
@@ -107,6 +108,9 @@ void StagingRun::Load() {
 
 void StagingRun::Activate() {
     m_host.setBusy(true);
+    // The walk reaches each file through handles on the directories it is in; they are given
+    // up when the walk ends.
+    const DirectoryHandles::Scope handles;
     DirWalker(*this).Activate();
 }
 

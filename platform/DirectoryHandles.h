@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QByteArray>
+
+namespace ondrel {
+
+// Open handles on the few directories a staging run is working in, so that a file there is
+// reached by its name alone instead of by walking its whole path again for every look, copy
+// and rename. Handles are kept only while a Scope lives on the calling thread: a run opens one
+// for its length, so nothing that happens to the directories between runs is hidden by an old
+// handle.
+class DirectoryHandles {
+public:
+    class Scope {
+    public:
+        Scope();
+        ~Scope();
+        Scope(const Scope&) = delete;
+        Scope& operator=(const Scope&) = delete;
+
+    private:
+        class Cache* m_outer;
+    };
+
+    // A path as a directory handle and the name within it.
+    struct At {
+        int dir;          // a directory handle, or AT_FDCWD
+        const char* name; // points into the path given
+    };
+
+    // The handle of path's directory and path's last component, when a Scope is active and the
+    // directory can be opened; otherwise (AT_FDCWD, the whole path).
+    static At resolve(const QByteArray& path);
+
+    // The handle of directory dir itself, opened for reading, while a Scope is active; it
+    // stays the Scope's (never closed by the caller). -1 when it cannot be opened (errno tells
+    // why), and -1 with errno 0 when no Scope is active.
+    static int handleOf(const QByteArray& dir);
+};
+
+} // namespace ondrel
