@@ -4,6 +4,7 @@
 #include "platform/DirectoryHandles.h"
 #include "platform/DosAttributes.h"
 #include "platform/PosixFile.h"
+#include "platform/UnnamedFiles.h"
 
 #include <QRandomGenerator>
 
@@ -181,6 +182,17 @@ int copyContent(int in, int out, qint64 size, dev_t sourceDevice) {
     return 0;
 }
 
+// What the copy gives back: the source as it was when its content was read.
+FileStatus copiedStatus(const struct stat& src) {
+    FileStatus copied;
+    copied.size = src.st_size;
+    copied.modified = src.st_mtim.tv_sec;
+    copied.device = src.st_dev;
+    copied.inode = src.st_ino;
+    copied.isRegular = true;
+    return copied;
+}
+
 } // namespace
 
 Result<FileStatus> FileCopier::copy(const QByteArray& source, const QByteArray& destination,
@@ -236,12 +248,25 @@ Result<FileStatus> FileCopier::copy(const QByteArray& source, const QByteArray& 
     static const mode_t umask = currentUmask();
     const bool modeNeedsSetting = createMode != mode || (mode & umask) != 0;
 
+    // A destination found missing is written as a file without a name, which takes the
+    // destination's name only when it is complete: a copy that is stopped, however, leaves
+    // nothing behind. Otherwise, and where the file system has no such files, the content goes
+    // to a named temporary, which then takes the destination's name in one step.
+    Fd out;
+    bool unnamed = false;
+    if (hint == DestinationHint::Missing && UnnamedFiles::usable()) {
+        CrashPoint::reached();
+        out.reset(::openat(to.dir, to.dir == AT_FDCWD ? dirPath.constData() : ".",
+                           O_TMPFILE | O_WRONLY | O_CLOEXEC, createMode));
+        if (!out && !UnnamedFiles::unsupported(errno))
+            return directoryError(errno, dirPath);
+        unnamed = bool(out);
+    }
     // The temporary is named within the destination's directory handle where there is one.
     QByteArray dirPrefix;
     if (to.dir == AT_FDCWD)
         dirPrefix = dirPath.endsWith('/') ? dirPath : dirPath + '/';
     QByteArray temp;
-    Fd out;
     for (int attempt = 0; attempt < 100 && !out; ++attempt) {
         temp = dirPrefix + temporaryName(name);
         CrashPoint::reached();
@@ -255,7 +280,8 @@ Result<FileStatus> FileCopier::copy(const QByteArray& source, const QByteArray& 
 
     const auto fail = [&](int e) -> Result<FileStatus> {
         out.reset();
-        ::unlinkat(to.dir, temp.constData(), 0);
+        if (!temp.isEmpty())
+            ::unlinkat(to.dir, temp.constData(), 0);
         return errnoError(e, destination);
     };
 
@@ -272,13 +298,39 @@ Result<FileStatus> FileCopier::copy(const QByteArray& source, const QByteArray& 
     CrashPoint::reached();
     if (::futimens(out.get(), times) != 0)
         return fail(errno);
+
+    bool renamed = false;
+    if (unnamed) {
+        CrashPoint::reached();
+        int e = UnnamedFiles::link(out.get(), to.dir, to.name);
+        if (e == ENOENT && !UnnamedFiles::usable()) // this system cannot name such files
+            return copy(source, destination, hint);
+        if (e == EEXIST) {
+            // A file appeared meanwhile: looked at, then replaced in one step by way of a
+            // temporary name.
+            if (auto refused = refusal())
+                return *refused;
+            for (int attempt = 0; attempt < 100 && e == EEXIST; ++attempt) {
+                temp = dirPrefix + temporaryName(name);
+                e = UnnamedFiles::link(out.get(), to.dir, temp.constData());
+            }
+            if (e != 0)
+                temp.clear();
+        } else if (e == 0) {
+            renamed = true;
+            temp = QByteArray(to.name); // what to take back if closing fails
+        }
+        if (e != 0)
+            return fail(e);
+    }
     // No fsync: a move syncs the destination file systems once, before its deletions.
     if (::close(out.release()) != 0 && errno != EINTR)
         return fail(errno);
+    if (renamed)
+        return copiedStatus(src);
 
     CrashPoint::reached();
-    bool renamed = false;
-    if (hint == DestinationHint::Missing) {
+    if (hint == DestinationHint::Missing && !unnamed) {
         // Found missing a moment ago: take the name only if it is still free, and look at what
         // appeared meanwhile before replacing it.
         renamed = ::renameat2(to.dir, temp.constData(), to.dir, to.name, RENAME_NOREPLACE) == 0;
@@ -293,14 +345,7 @@ Result<FileStatus> FileCopier::copy(const QByteArray& source, const QByteArray& 
     }
     if (!renamed && ::renameat(to.dir, temp.constData(), to.dir, to.name) != 0)
         return fail(errno);
-
-    FileStatus copied;
-    copied.size = src.st_size;
-    copied.modified = src.st_mtim.tv_sec;
-    copied.device = src.st_dev;
-    copied.inode = src.st_ino;
-    copied.isRegular = true;
-    return copied;
+    return copiedStatus(src);
 }
 
 void FileCopier::removeStaleTemporaries(const QByteArray& dir) {

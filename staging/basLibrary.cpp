@@ -4,6 +4,8 @@
 #include "staging/StagingFileOps.h"
 #include "staging/StagingHost.h"
 
+#include <functional>
+
 namespace ondrel::basLibrary {
 
 namespace {
@@ -49,21 +51,31 @@ bool MakeDirTree(const QByteArray& Path, StagingFileOps& ops, StagingHost& host,
     QByteArray path = Path;
     if (path.size() > 1 && path.endsWith('/'))
         path.chop(1);
-    auto make = [&](const QByteArray& level) {
-        const Result<void> made = ops.makeDirectory(level);
+    // Every level from the left is made, an existing one passed over. Asking the deepest first
+    // and going up only while a parent is missing ends the same way (the first level that cannot
+    // be made is the first missing one either way) with far fewer calls when most levels exist.
+    const std::function<Result<void>(qsizetype)> make = [&](qsizetype end) -> Result<void> {
+        const QByteArray level = path.left(end);
+        Result<void> made = ops.makeDirectory(level);
+        if (!made.ok() && made.error().number() == ErrNo::PathNotFound) {
+            const qsizetype slash = path.lastIndexOf('/', end - 1);
+            if (slash > 0) { // the root is never made
+                if (Result<void> parent = make(slash); !parent.ok())
+                    return parent;
+                made = ops.makeDirectory(level);
+            }
+        }
         if (made.ok() || made.error().number() == ErrNo::PathFileAccess)
-            return true;
-        if (showErrMsgs)
-            host.ask(ErrorReportText(made.error()), MsgButtons::OK, MsgIcon::None,
-                     QStringLiteral("MakeDirTree Error"));
-        return false;
+            return {};
+        return made;
     };
-    // Each level left of a separator, the root excepted, then the whole path.
-    for (qsizetype at = path.indexOf('/', 1); at > 0; at = path.indexOf('/', at + 1)) {
-        if (!make(path.left(at)))
-            return false;
-    }
-    return make(path);
+    const Result<void> made = make(path.size());
+    if (made.ok())
+        return true;
+    if (showErrMsgs)
+        host.ask(ErrorReportText(made.error()), MsgButtons::OK, MsgIcon::None,
+                 QStringLiteral("MakeDirTree Error"));
+    return false;
 }
 
 QString YesNo(bool value) {
