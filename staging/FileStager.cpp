@@ -230,8 +230,9 @@ std::optional<FileStager::Next> FileStager::copy(Call& call, const QByteArray& d
         const Result<FileStatus> copied = m_run.m_ops.copyFile(call.source, destFile, hint);
         if (copied.ok()) {
             // What a move may delete later: the source as it was when this copy read it.
-            state.copiedSources.insert(call.source,
-                                       RunState::Copied{copied->size, copied->modified});
+            if (m_run.m_settings.DelSource())
+                state.copiedSources.insert(call.source,
+                                           RunState::Copied{copied->size, copied->modified});
             if (!call.sourceStatus)
                 call.sourceStatus = copied.value();
             return std::nullopt;
