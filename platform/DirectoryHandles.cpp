@@ -16,7 +16,11 @@ public:
     ~Cache() {
         for (int i = 0; i < m_count; ++i)
             ::close(m_entries[i].fd);
+        if (held.fd >= 0)
+            ::close(held.fd);
     }
+
+    DirectoryHandles::HeldSource held;
 
     // The handle of the directory named by the first length bytes of path, or -1.
     int find(const QByteArray& path, qsizetype length) {
@@ -69,6 +73,20 @@ DirectoryHandles::Scope::Scope() : m_outer(active) {
 DirectoryHandles::Scope::~Scope() {
     delete active;
     active = m_outer;
+}
+
+void DirectoryHandles::HeldSource::hold(const QByteArray& heldPath, int heldFd,
+                                        const struct stat& st, int heldStored) {
+    if (fd >= 0)
+        ::close(fd);
+    path = heldPath;
+    fd = heldFd;
+    status = st;
+    stored = heldStored;
+}
+
+DirectoryHandles::HeldSource* DirectoryHandles::heldSource() {
+    return active ? &active->held : nullptr;
 }
 
 int DirectoryHandles::handleOf(const QByteArray& dir) {

@@ -2,6 +2,8 @@
 
 #include <QByteArray>
 
+#include <sys/stat.h>
+
 namespace ondrel {
 
 // Open handles on the few directories a staging run is working in, so that a file there is
@@ -36,6 +38,18 @@ public:
     // stays the Scope's (never closed by the caller). -1 when it cannot be opened (errno tells
     // why), and -1 with errno 0 when no Scope is active.
     static int handleOf(const QByteArray& dir);
+
+    // The file a copy last read, kept open while a Scope is active, so that copying it to its
+    // next destination does not open and examine it again.
+    struct HeldSource {
+        QByteArray path;
+        int fd = -1; // the Scope's: closed when another file is held or the Scope ends
+        struct stat status {};
+        int stored = -1; // what DosAttributes::readStored gave
+        void hold(const QByteArray& heldPath, int heldFd, const struct stat& st, int heldStored);
+    };
+    // nullptr when no Scope is active.
+    static HeldSource* heldSource();
 };
 
 } // namespace ondrel

@@ -51,7 +51,7 @@ int parseStored(const char* data, ssize_t size) {
 }
 
 // get(buffer, size) behaves as getxattr for user.DOSATTRIB.
-template <typename Get> int readStored(Get get) {
+template <typename Get> int readStoredWith(Get get) {
     char buffer[64];
     ssize_t n = get(buffer, sizeof buffer);
     if (n >= 0)
@@ -67,13 +67,13 @@ template <typename Get> int readStored(Get get) {
     return n >= 0 ? parseStored(big.constData(), n) : -1;
 }
 
-int readStored(const QByteArray& path) {
-    return readStored(
+int readStoredAt(const QByteArray& path) {
+    return readStoredWith(
         [&](void* b, size_t s) { return ::getxattr(path.constData(), kDosAttrib, b, s); });
 }
 
-int readStored(int fd) {
-    return readStored([&](void* b, size_t s) { return ::fgetxattr(fd, kDosAttrib, b, s); });
+int readStoredOn(int fd) {
+    return readStoredWith([&](void* b, size_t s) { return ::fgetxattr(fd, kDosAttrib, b, s); });
 }
 
 // "0x" and lower-case hex digits, as Samba writes them.
@@ -99,7 +99,7 @@ mode_t writeBitsToRestore(mode_t mode) {
 } // namespace
 
 int DosAttributes::fromStatus(const QByteArray& path, const struct stat& st) {
-    const int stored = readStored(path);
+    const int stored = readStoredAt(path);
     int attributes = Attr::Normal;
     if (!(st.st_mode & S_IWUSR))
         attributes |= Attr::ReadOnly;
@@ -156,8 +156,11 @@ Result<void> DosAttributes::set(const QByteArray& path, int attributes) {
     return {};
 }
 
-int DosAttributes::copyStored(int from, int to) {
-    const int stored = readStored(from);
+int DosAttributes::readStored(int fd) {
+    return readStoredOn(fd);
+}
+
+int DosAttributes::storeCopied(int to, int stored) {
     if (stored < 0)
         return 0;
     const StoredText value((stored & (Attr::Hidden | Attr::System)) | Attr::Archive);

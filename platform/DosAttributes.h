@@ -21,11 +21,15 @@ public:
     // FileSystem::setAttributes.
     static Result<void> set(const QByteArray& path, int attributes);
 
-    // Stores on the open file "to" the Hidden and System stored on the open file "from", and
-    // Archive: a copy is a changed file. Where "from" has nothing stored, nothing is stored on
-    // "to", which reads as Archive too. 0 or an errno value; a file system that keeps no user
-    // extended attributes is no failure.
-    static int copyStored(int from, int to);
+    // What is stored on the open file fd, as Attr bits; -1 when nothing is stored (or the file
+    // system keeps no user extended attributes).
+    static int readStored(int fd);
+
+    // Stores on the open file "to" the Hidden and System of stored (what readStored gave for
+    // the file it is a copy of), and Archive: a copy is a changed file. Where nothing was
+    // stored, nothing is stored on "to", which reads as Archive too. 0 or an errno value; a file
+    // system that keeps no user extended attributes is no failure.
+    static int storeCopied(int to, int stored);
 };
 
 } // namespace ondrel

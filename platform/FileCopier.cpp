@@ -118,14 +118,15 @@ bool writeAll(int fd, const char* data, size_t size) {
     return true;
 }
 
-// Copies up to limit bytes (all of them when limit is negative); 0 or an errno value.
-int readWriteCopy(int in, int out, qint64 limit) {
+// Copies up to limit bytes (all of them when limit is negative) from offset on; 0 or an errno
+// value. The source's file position is left alone, so that an open source can be copied again.
+int readWriteCopy(int in, int out, off_t offset, qint64 limit) {
     char* buffer = copyBuffer();
     while (limit != 0) {
         size_t want = kCopyBufferSize;
         if (limit > 0 && quint64(limit) < want)
             want = size_t(limit);
-        const ssize_t n = ::read(in, buffer, want);
+        const ssize_t n = ::pread(in, buffer, want, offset);
         if (n < 0) {
             if (errno == EINTR)
                 continue;
@@ -135,6 +136,7 @@ int readWriteCopy(int in, int out, qint64 limit) {
             return 0;
         if (!writeAll(out, buffer, size_t(n)))
             return errno;
+        offset += n;
         if (limit > 0)
             limit -= n;
     }
@@ -146,7 +148,7 @@ int readWriteCopy(int in, int out, qint64 limit) {
 int copyContent(int in, int out, qint64 size, dev_t sourceDevice) {
     // A size of 0 may be a pseudo-file whose content only reading reveals.
     if (size <= 0)
-        return readWriteCopy(in, out, -1);
+        return readWriteCopy(in, out, 0, -1);
 #ifdef FICLONE
     // Most file systems cannot share extents; once one has said so, it is not asked per file.
     thread_local dev_t noCloneDevice = 0;
@@ -162,21 +164,19 @@ int copyContent(int in, int out, qint64 size, dev_t sourceDevice) {
 #else
     (void)sourceDevice;
 #endif
-    qint64 copied = 0;
+    off_t copied = 0;
     while (copied < size) {
-        const ssize_t n = ::copy_file_range(in, nullptr, out, nullptr, size_t(size - copied), 0);
-        if (n > 0) {
-            copied += n;
-            continue;
-        }
+        const ssize_t n = ::copy_file_range(in, &copied, out, nullptr, size_t(size - copied), 0);
+        if (n > 0)
+            continue; // copied has advanced by n
         if (n == 0)
             return 0; // the file shrank while being copied
         const int e = errno;
         if (e == EINTR)
             continue;
-        // Both file positions have advanced by what was copied, so reading goes on from there.
+        // The output has advanced by what was copied, so reading goes on from there.
         if (e == EXDEV || e == ENOSYS || unsupported(e) || e == EINVAL)
-            return readWriteCopy(in, out, size - copied);
+            return readWriteCopy(in, out, copied, size - copied);
         return e;
     }
     return 0;
@@ -197,22 +197,38 @@ FileStatus copiedStatus(const struct stat& src) {
 
 Result<FileStatus> FileCopier::copy(const QByteArray& source, const QByteArray& destination,
                                     DestinationHint hint) {
-    // O_NONBLOCK: a fifo given as the source must not hang the run; it is refused below.
-    const DirectoryHandles::At from = DirectoryHandles::resolve(source);
-    const Fd in(::openat(from.dir, from.name, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    if (!in) {
-        // Whatever is missing on its way, it is the source that is missing: a 76 here would
-        // read as a missing destination directory.
-        const int e = errno;
-        if (e == ENOENT || e == ENOTDIR)
-            return error(ErrNo::FileNotFound);
-        return errnoError(e, source);
-    }
+    // Copied to several destinations, a file is opened and examined once: the content of each
+    // copy is then the file as it was when first opened.
+    DirectoryHandles::HeldSource* held = DirectoryHandles::heldSource();
+    Fd ownIn;
+    int inFd;
     struct stat src {};
-    if (::fstat(in.get(), &src) != 0)
-        return errnoError(errno, source);
-    if (!S_ISREG(src.st_mode))
-        return error(ErrNo::PathFileAccess);
+    int stored;
+    if (held && held->fd >= 0 && held->path == source) {
+        inFd = held->fd;
+        src = held->status;
+        stored = held->stored;
+    } else {
+        // O_NONBLOCK: a fifo given as the source must not hang the run; it is refused below.
+        const DirectoryHandles::At from = DirectoryHandles::resolve(source);
+        ownIn.reset(::openat(from.dir, from.name, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+        if (!ownIn) {
+            // Whatever is missing on its way, it is the source that is missing: a 76 here would
+            // read as a missing destination directory.
+            const int e = errno;
+            if (e == ENOENT || e == ENOTDIR)
+                return error(ErrNo::FileNotFound);
+            return errnoError(e, source);
+        }
+        if (::fstat(ownIn.get(), &src) != 0)
+            return errnoError(errno, source);
+        if (!S_ISREG(src.st_mode))
+            return error(ErrNo::PathFileAccess);
+        stored = DosAttributes::readStored(ownIn.get());
+        inFd = ownIn.get();
+        if (held)
+            held->hold(source, ownIn.release(), src, stored);
+    }
 
     const QByteArray name = nameOf(destination);
     if (name.isEmpty() || name == "." || name == ".." || destination.endsWith('/'))
@@ -286,10 +302,10 @@ Result<FileStatus> FileCopier::copy(const QByteArray& source, const QByteArray& 
     };
 
     CrashPoint::reached();
-    if (const int e = copyContent(in.get(), out.get(), src.st_size, src.st_dev))
+    if (const int e = copyContent(inFd, out.get(), src.st_size, src.st_dev))
         return fail(e);
     // Stored before the mode: without write bits its owner could no longer store it.
-    if (const int e = DosAttributes::copyStored(in.get(), out.get()))
+    if (const int e = DosAttributes::storeCopied(out.get(), stored))
         return fail(e);
     CrashPoint::reached();
     if (modeNeedsSetting && ::fchmod(out.get(), mode) != 0)

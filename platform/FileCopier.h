@@ -9,8 +9,9 @@
 namespace ondrel {
 
 // Copies a file so that the destination is always either its old content or the whole new one:
-// the content goes to a temporary file beside the destination, which then takes the
-// destination's name in one step. FileSystem offers it to the rest of the program.
+// the content goes to a file beside the destination, without a name or under a temporary one,
+// which then takes the destination's name in one step. FileSystem offers it to the rest of the
+// program.
 class FileCopier {
 public:
     // See FileSystem::copyFile.

@@ -92,14 +92,14 @@ public:
     // Deletes one file. A read-only file is refused (70); a missing one is error 53.
     static Result<void> deleteFile(const QByteArray& path);
 
-    // Copies source to destination: the content goes to a temporary file in the destination's
-    // directory, which then takes the destination's name in one step, so the destination is
-    // always either its old content or the whole new one. The copy keeps the source's
-    // modification time, permission bits and stored Hidden/System, and reads as Archive. An
-    // existing read-only destination is refused with 70; a destination that is the source
-    // itself (same device and inode) is refused with 75; a missing source is 53; a missing
-    // destination directory 76. A failed copy leaves no temporary file behind. Gives the status
-    // the source had when its content was copied (size, time, identity; no attributes).
+    // Copies source to destination: the content goes to a file without a name, or to a
+    // temporary one, in the destination's directory, which then takes the destination's name in
+    // one step, so the destination is always either its old content or the whole new one. The
+    // copy keeps the source's modification time, permission bits and stored Hidden/System, and
+    // reads as Archive. An existing read-only destination is refused with 70; a destination that
+    // is the source itself (same device and inode) is refused with 75; a missing source is 53; a
+    // missing destination directory 76. A failed copy leaves no temporary file behind. Gives the
+    // status the source had when its content was copied (size, time, identity; no attributes).
     static Result<FileStatus> copyFile(const QByteArray& source, const QByteArray& destination,
                                        DestinationHint hint = DestinationHint::Unknown);
 
