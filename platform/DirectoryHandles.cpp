@@ -11,9 +11,9 @@ namespace ondrel {
 
 // The most recently used directories first. A run works in one source directory and one
 // directory per destination at a time, so a handful is enough.
-class Cache {
+class DirectoryHandleCache {
 public:
-    ~Cache() {
+    ~DirectoryHandleCache() {
         for (int i = 0; i < m_count; ++i)
             ::close(m_entries[i].fd);
         if (held.fd >= 0)
@@ -62,12 +62,12 @@ private:
 
 namespace {
 
-thread_local Cache* active = nullptr;
+thread_local DirectoryHandleCache* active = nullptr;
 
 } // namespace
 
 DirectoryHandles::Scope::Scope() : m_outer(active) {
-    active = new Cache;
+    active = new DirectoryHandleCache;
 }
 
 DirectoryHandles::Scope::~Scope() {

@@ -21,7 +21,7 @@ public:
         Scope& operator=(const Scope&) = delete;
 
     private:
-        class Cache* m_outer;
+        class DirectoryHandleCache* m_outer;
     };
 
     // A path as a directory handle and the name within it.
