@@ -1,5 +1,6 @@
 #include "cli/TerminalHost.h"
 
+#include "platform/FileSystem.h"
 #include "staging/StagingRun.h"
 
 #include <cerrno>
@@ -247,8 +248,8 @@ void TerminalHost::showDirectory(const QString& text) {
     m_currentIsDirectory = true;
 }
 
-void TerminalHost::showSourceFile(const QString& text) {
-    m_current = text;
+void TerminalHost::showSourceFile(const QByteArray& path) {
+    m_currentFile = path;
     m_currentIsDirectory = false;
 }
 
@@ -283,7 +284,7 @@ void TerminalHost::drawProgress() {
                          (m_currentIsDirectory ? QStringLiteral("searching ") : QString());
     // One character short of the width, so the cursor never wraps to a new line.
     const qsizetype room = terminalWidth() - 1 - head.size();
-    QString current = m_current;
+    QString current = m_currentIsDirectory ? m_current : FileSystem::displayPath(m_currentFile);
     if (room <= 3)
         current.clear();
     else if (current.size() > room)

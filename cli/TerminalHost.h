@@ -41,8 +41,8 @@ public:
     void showSourcePath(const QString& text) override { (void)text; }
     void showFileGroup(const QString& text) override { (void)text; }
     void showDirectory(const QString& text) override;
-    void showSourceFile(const QString& text) override;
-    void showDestFile(const QString& text) override { (void)text; }
+    void showSourceFile(const QByteArray& path) override;
+    void showDestFile(const QByteArray& path) override { (void)path; }
     void setProgressRange(int count) override { (void)count; }
     void advanceProgress() override {}
     void yield() override;
@@ -63,7 +63,8 @@ private:
     Asking m_asking;
     Progress m_progress;
     StagingRun* m_run = nullptr;
-    QString m_current; // the file (or directory) being worked on
+    QString m_current;        // the directory being worked on
+    QByteArray m_currentFile; // or the file, when m_currentIsDirectory is false
     timespec m_lastDrawn{};
     bool m_stdoutIsTerminal;
     bool m_progressShown = false;

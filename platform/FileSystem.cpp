@@ -18,18 +18,54 @@ using namespace posix;
 
 namespace {
 
+bool isAscii(const QByteArray& name) {
+    for (const char c : name)
+        if (uchar(c) >= 0x80)
+            return false;
+    return true;
+}
+
+uchar foldAscii(char c) {
+    return c >= 'A' && c <= 'Z' ? uchar(c - 'A' + 'a') : uchar(c);
+}
+
+// Without regard to case, as QString compares: for ASCII that folds A-Z alone.
+int compareAsciiWithoutCase(const QByteArray& a, const QByteArray& b) {
+    const qsizetype n = std::min(a.size(), b.size());
+    for (qsizetype i = 0; i < n; ++i) {
+        const uchar x = foldAscii(a[i]);
+        const uchar y = foldAscii(b[i]);
+        if (x != y)
+            return x < y ? -1 : 1;
+    }
+    return a.size() == b.size() ? 0 : (a.size() < b.size() ? -1 : 1);
+}
+
 // List-box order: by the names as text without regard to case; equal texts by their bytes.
+// Most names are ASCII and are compared as they stand; the others as text.
 void sortForListBox(std::vector<QByteArray>& names) {
     struct Keyed {
-        QString text;
         QByteArray name;
+        QString text; // only for a name that is not ASCII
+        bool ascii;
     };
     std::vector<Keyed> keyed;
     keyed.reserve(names.size());
-    for (QByteArray& name : names)
-        keyed.push_back({QString::fromUtf8(name), std::move(name)});
+    for (QByteArray& name : names) {
+        const bool ascii = isAscii(name);
+        QString text = ascii ? QString() : QString::fromUtf8(name);
+        keyed.push_back({std::move(name), std::move(text), ascii});
+    }
     std::sort(keyed.begin(), keyed.end(), [](const Keyed& a, const Keyed& b) {
-        const int c = QString::compare(a.text, b.text, Qt::CaseInsensitive);
+        int c;
+        if (a.ascii && b.ascii)
+            c = compareAsciiWithoutCase(a.name, b.name);
+        else if (a.ascii)
+            c = -QString::compare(b.text, QLatin1StringView(a.name), Qt::CaseInsensitive);
+        else if (b.ascii)
+            c = QString::compare(a.text, QLatin1StringView(b.name), Qt::CaseInsensitive);
+        else
+            c = QString::compare(a.text, b.text, Qt::CaseInsensitive);
         return c != 0 ? c < 0 : a.name < b.name;
     });
     for (size_t i = 0; i < names.size(); ++i)

@@ -1,18 +1,22 @@
 #include "platform/NativePath.h"
 
+#include <cstring>
+
 namespace ondrel {
 
-QByteArray NativePath::join(const QByteArray& dir, const QByteArray& name) {
+QByteArray NativePath::join(const QByteArray& dir, QByteArrayView name) {
     if (name.isEmpty())
         return dir;
-    // One allocation: a walk joins a path for every file it passes.
+    // One allocation, filled in place: a walk joins a path for every file it passes.
     const bool separated = dir.endsWith('/');
-    QByteArray path;
-    path.reserve(dir.size() + (separated ? 0 : 1) + name.size());
-    path.append(dir);
+    QByteArray path(dir.size() + (separated ? 0 : 1) + name.size(), Qt::Uninitialized);
+    char* out = path.data();
+    std::memcpy(out, dir.constData(), size_t(dir.size()));
+    out += dir.size();
     if (!separated)
-        path.append('/');
-    return path.append(name);
+        *out++ = '/';
+    std::memcpy(out, name.data(), size_t(name.size()));
+    return path;
 }
 
 QByteArray NativePath::withoutTrailingSeparator(QByteArray path) {

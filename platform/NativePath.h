@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QByteArrayView>
 
 namespace ondrel {
 
@@ -8,7 +9,7 @@ namespace ondrel {
 class NativePath {
 public:
     // dir and name with exactly one separator between them; dir alone when name is empty.
-    static QByteArray join(const QByteArray& dir, const QByteArray& name);
+    static QByteArray join(const QByteArray& dir, QByteArrayView name);
     // path without separators at its end (the root stays "/").
     static QByteArray withoutTrailingSeparator(QByteArray path);
     // The directory that holds path ("/" for a name in the root, "." for a bare name).

@@ -30,22 +30,21 @@ void FileStager::StageFile(const clsFileGroup& FileGroup, const QByteArray& Sour
 
     Call call;
     call.source = SourceFile;
-    call.shownSource = FileSystem::displayPath(SourceFile);
 
-    QByteArray relative;
+    QByteArrayView relative(SourceFile);
     if (state.CurSourcePath != kVarious) {
         if (m_curSourcePathText != state.CurSourcePath) {
             m_curSourcePathText = state.CurSourcePath;
             m_curSourcePath = QFile::encodeName(state.CurSourcePath);
         }
-        relative = SourceFile.mid(m_curSourcePath.size());
+        relative = relative.sliced(std::min(m_curSourcePath.size(), relative.size()));
         while (relative.startsWith('/'))
-            relative.remove(0, 1);
+            relative = relative.sliced(1);
     } else {
         call.Task = QStringLiteral("CheckVarSP");
         const qsizetype slash = SourceFile.lastIndexOf('/');
         call.sourceDir = slash > 0 ? SourceFile.left(slash) : QByteArray("/");
-        relative = SourceFile.mid(slash + 1);
+        relative = relative.sliced(slash + 1);
         if (state.badSourceDirPaths.contains(call.sourceDir)) {
             m_run.addProblemFile(SourceFile);
             return;
@@ -59,29 +58,30 @@ void FileStager::StageFile(const clsFileGroup& FileGroup, const QByteArray& Sour
         }
     }
 
-    host.showSourceFile(call.shownSource);
+    host.showSourceFile(SourceFile);
     for (const auto& dp : FileGroup.DPs()) {
         if (toDestination(call, dp->Name(), relative) == Next::Return)
             return;
     }
 }
 
+const QString& FileStager::Call::shownSource() {
+    if (shownSourceText.isNull())
+        shownSourceText = FileSystem::displayPath(source);
+    return shownSourceText;
+}
+
 FileStager::Next FileStager::toDestination(Call& call, const QString& destPath,
-                                           const QByteArray& relative) {
+                                           QByteArrayView relative) {
     RunState& state = m_run.m_state;
     StagingHost& host = m_run.m_host;
     const clsOndrelApp& settings = m_run.m_settings;
 
-    const Destination& to = destination(destPath);
-    const qsizetype slash = relative.lastIndexOf('/');
-    const QByteArray destDir =
-        slash >= 0 ? NativePath::join(to.base, relative.left(slash)) : to.base;
-    const QByteArray destFile = NativePath::join(destDir, relative.mid(slash + 1));
-    const QString shownDest = FileSystem::displayPath(destFile);
-    host.showDestFile(shownDest);
+    const QByteArray destFile = NativePath::join(destination(destPath).base, relative);
+    host.showDestFile(destFile);
 
     call.Task = QStringLiteral("CheckDPDrive");
-    call.drive = to.drive;
+    call.drive = destination(destPath).drive;
     if (const auto next = checkDrive(call))
         return *next;
 
@@ -127,7 +127,8 @@ FileStager::Next FileStager::toDestination(Call& call, const QString& destPath,
                 return Next::NextDestination;
             break;
         case OverwriteMode::Prompt: {
-            const QString text = shownDest + QStringLiteral(" already exists.");
+            const QString text =
+                FileSystem::displayPath(destFile) + QStringLiteral(" already exists.");
             m_run.log(QStringLiteral(">>>") + text);
             const MsgAnswer answer = host.ask(
                 text + QStringLiteral("  Do you want to overwrite it?"), MsgButtons::YesNoCancel,
@@ -151,8 +152,8 @@ FileStager::Next FileStager::toDestination(Call& call, const QString& destPath,
         }
     }
 
-    if (const auto next = copy(call, destDir, destFile, shownDest,
-                               dest ? DestinationHint::Unknown : DestinationHint::Missing))
+    if (const auto next =
+            copy(call, destFile, dest ? DestinationHint::Unknown : DestinationHint::Missing))
         return *next;
     host.yield();
     ++state.CopiedCount;
@@ -212,15 +213,17 @@ std::optional<FileStager::Next> FileStager::checkDrive(Call& call) {
     }
 }
 
-std::optional<FileStager::Next> FileStager::copy(Call& call, const QByteArray& destDir,
-                                                 const QByteArray& destFile,
-                                                 const QString& shownDest, DestinationHint hint) {
+std::optional<FileStager::Next> FileStager::copy(Call& call, const QByteArray& destFile,
+                                                 DestinationHint hint) {
     RunState& state = m_run.m_state;
     StagingHost& host = m_run.m_host;
-    host.showDestFile(shownDest);
+    host.showDestFile(destFile);
     host.yield();
     call.Task = QStringLiteral("FileCopy");
-    m_run.log(QStringLiteral("Copying ") + call.shownSource + QStringLiteral(" to ") + shownDest);
+    if (m_run.logging())
+        m_run.log(QStringLiteral("Copying ") + call.shownSource() + QStringLiteral(" to ") +
+                  FileSystem::displayPath(destFile));
+    const QByteArray destDir = NativePath::parentOf(destFile);
     bool madeDirs = false;
     for (;;) {
         if (!state.writtenDirs.contains(destDir)) {
@@ -248,7 +251,7 @@ std::optional<FileStager::Next> FileStager::copy(Call& call, const QByteArray& d
                 return Next::NextDestination;
             }
             madeDirs = true;
-            host.showDestFile(shownDest);
+            host.showDestFile(destFile);
             host.yield();
             continue;
         }
@@ -287,12 +290,12 @@ FileStager::Next FileStager::handleError(const Error& error, Call& call) {
         title = QStringLiteral("Invalid Procedure Call or Argument");
         break;
     case ErrNo::FileNotFound:
-        message = call.shownSource + QStringLiteral(" could not be found.");
+        message = call.shownSource() + QStringLiteral(" could not be found.");
         title = QStringLiteral("File Not Found");
         break;
     case ErrNo::FileAlreadyOpen:
     case ErrNo::PermissionDenied:
-        message = QStringLiteral("Unable to stage ") + call.shownSource +
+        message = QStringLiteral("Unable to stage ") + call.shownSource() +
                   QStringLiteral(".  The file may be in use by another application.");
         title = QStringLiteral("File Access Permission Denied");
         break;

@@ -31,19 +31,21 @@ private:
     struct Call {
         QString Task;
         QByteArray source;
-        QString shownSource;
+        // The source as the user reads it, made when a message or the log needs it.
+        const QString& shownSource();
+        QString shownSourceText;
         QByteArray sourceDir; // the directory of a selected file, for "CheckVarSP"
         QString drive;
         std::optional<FileStatus> sourceStatus;
         bool attributesRead = false;
     };
 
-    Next toDestination(Call& call, const QString& destPath, const QByteArray& relative);
+    // relative: the source's path below its source path (its name alone for a selected file).
+    Next toDestination(Call& call, const QString& destPath, QByteArrayView relative);
     // These three give nothing when the step succeeded and the destination's staging goes on.
     std::optional<Next> readSourceStatus(Call& call, StatusDetail detail);
     std::optional<Next> checkDrive(Call& call);
-    std::optional<Next> copy(Call& call, const QByteArray& destDir, const QByteArray& destFile,
-                             const QString& shownDest, DestinationHint hint);
+    std::optional<Next> copy(Call& call, const QByteArray& destFile, DestinationHint hint);
     std::optional<Next> resetArchive(Call& call);
     // The one error handler of StageFile: reports the failure as its number calls for and says
     // how to go on.

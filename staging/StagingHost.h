@@ -2,6 +2,7 @@
 
 #include "platform/MsgBox.h"
 
+#include <QByteArray>
 #include <QString>
 
 namespace ondrel {
@@ -20,12 +21,14 @@ public:
                           const QString& title) = 0;
 
     // The run in progress: what is being worked on (lblSP, lblFG, lblCurDir, lblSourceFile,
-    // lblDestFile of the staging window).
+    // lblDestFile of the staging window). The files come as native paths, shown as
+    // FileSystem::displayPath shows them: they change with every file, and a host makes their
+    // text only when it draws them.
     virtual void showSourcePath(const QString& text) = 0;
     virtual void showFileGroup(const QString& text) = 0;
     virtual void showDirectory(const QString& text) = 0;
-    virtual void showSourceFile(const QString& text) = 0;
-    virtual void showDestFile(const QString& text) = 0;
+    virtual void showSourceFile(const QByteArray& path) = 0;
+    virtual void showDestFile(const QByteArray& path) = 0;
 
     // Progress through the entries of the current directory or selected-file list.
     virtual void setProgressRange(int count) = 0;

@@ -52,6 +52,7 @@ private:
 
     // Writes one line to the log when the run has one.
     void log(const QString& line);
+    bool logging() const { return m_log != nullptr; }
     // The shared failure report: "***Error N, description" + stage in the log, and the standard
     // error box titled routine + " Error" when ShowErrMsgs is on. Returns the answer (OK when
     // no box was shown).

@@ -1,5 +1,6 @@
 #include "staging/frmStage.h"
 
+#include "platform/FileSystem.h"
 #include "staging/frmStageInfo.h"
 
 #include <QApplication>
@@ -154,6 +155,13 @@ MsgAnswer frmStage::ask(const QString& prompt, MsgButtons buttons, MsgIcon icon,
 
 void frmStage::setLine(Line line, const QString& text) {
     m_pendingText[line] = text;
+    m_lineIsPath[line] = false;
+    m_textChanged[line] = true;
+}
+
+void frmStage::setPathLine(Line line, const QByteArray& path) {
+    m_pendingPath[line] = path;
+    m_lineIsPath[line] = true;
     m_textChanged[line] = true;
 }
 
@@ -166,11 +174,11 @@ void frmStage::showFileGroup(const QString& text) {
 void frmStage::showDirectory(const QString& text) {
     setLine(Directory, text);
 }
-void frmStage::showSourceFile(const QString& text) {
-    setLine(SourceFile, text);
+void frmStage::showSourceFile(const QByteArray& path) {
+    setPathLine(SourceFile, path);
 }
-void frmStage::showDestFile(const QString& text) {
-    setLine(DestFile, text);
+void frmStage::showDestFile(const QByteArray& path) {
+    setPathLine(DestFile, path);
 }
 
 void frmStage::setProgressRange(int count) {
@@ -203,6 +211,8 @@ void frmStage::applyPending() {
             continue;
         m_textChanged[line] = false;
         QLabel* label = m_lineLabels[line];
+        if (m_lineIsPath[line])
+            m_pendingText[line] = FileSystem::displayPath(m_pendingPath[line]);
         const QString& text = m_pendingText[line];
         const QString shown =
             label->fontMetrics().elidedText(text, Qt::ElideMiddle, label->contentsRect().width());

@@ -41,8 +41,8 @@ public:
     void showSourcePath(const QString& text) override;
     void showFileGroup(const QString& text) override;
     void showDirectory(const QString& text) override;
-    void showSourceFile(const QString& text) override;
-    void showDestFile(const QString& text) override;
+    void showSourceFile(const QByteArray& path) override;
+    void showDestFile(const QByteArray& path) override;
     void setProgressRange(int count) override;
     void advanceProgress() override;
     void showCopiedCount(int count) override;
@@ -66,6 +66,7 @@ private:
 
     void Form_Activate();
     void setLine(Line line, const QString& text);
+    void setPathLine(Line line, const QByteArray& path);
     // Puts what the run reported since the last real yield on screen. Kept apart from the
     // reports themselves because eliding and repainting cost far more than the copy of a small
     // file; done at most every few tens of milliseconds, and before anything is shown on top.
@@ -82,6 +83,8 @@ private:
     std::array<QLabel*, LineCount> m_lineLabels{};
 
     std::array<QString, LineCount> m_pendingText;
+    std::array<QByteArray, LineCount> m_pendingPath; // for a line that shows a native path
+    std::array<bool, LineCount> m_lineIsPath{};
     std::array<bool, LineCount> m_textChanged{};
     int m_progressMax = 0;
     int m_progressValue = 0;

@@ -219,6 +219,23 @@ private Q_SLOTS:
         QCOMPARE(names(FileSystem::subDirectories(m_root)), expected);
     }
 
+    // ASCII names are ordered without building their text; the order must still be the text's,
+    // punctuation between the letters and mixed with names that are not ASCII included.
+    void listingOrderIsTheTextOrder() {
+        const Names created{"_x",       "[a",  "Zeta", "zeta", "a",    "A", "ab~",
+                            "a.b",      "a_b", "aB",   "Ab",   "~",    "0", "\x5c",
+                            "Ãrger", "`q",  "bÃ©",  "B",    "badÿ", "Z_"};
+        for (const QByteArray& name : created)
+            QVERIFY(writeFile(at(name.constData()), "x"));
+        Names expected = created;
+        std::sort(expected.begin(), expected.end(), [](const QByteArray& a, const QByteArray& b) {
+            const int c =
+                QString::compare(QString::fromUtf8(a), QString::fromUtf8(b), Qt::CaseInsensitive);
+            return c != 0 ? c < 0 : a < b;
+        });
+        QCOMPARE(names(FileSystem::matchingFiles(m_root, "*")), expected);
+    }
+
     void matchingFiles_data() {
         QTest::addColumn<QString>("masks");
         QTest::addColumn<Names>("expected");

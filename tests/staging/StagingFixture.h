@@ -52,8 +52,8 @@ public:
     void showSourcePath(const QString&) override {}
     void showFileGroup(const QString&) override {}
     void showDirectory(const QString&) override {}
-    void showSourceFile(const QString&) override {}
-    void showDestFile(const QString&) override {}
+    void showSourceFile(const QByteArray&) override {}
+    void showDestFile(const QByteArray&) override {}
     void setProgressRange(int) override {}
     void advanceProgress() override {}
     void yield() override {

@@ -138,9 +138,9 @@ private Q_SLOTS:
         else if (label == "lblCurDir")
             stage.showDirectory(text);
         else if (label == "lblSourceFile")
-            stage.showSourceFile(text);
+            stage.showSourceFile(text.toUtf8());
         else
-            stage.showDestFile(text);
+            stage.showDestFile(text.toUtf8());
         stage.yield(); // the window's first yield always serves the screen
 
         QCOMPARE(stage.width(), width);
