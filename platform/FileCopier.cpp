@@ -71,7 +71,7 @@ qint64 temporaryPid(QByteArrayView name) {
     return pid;
 }
 
-QByteArray temporaryName(const QByteArray& name) {
+QByteArray temporaryName(QByteArrayView name) {
     static constexpr char kLetters[] =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
     // Taken once: a copy is made per file, and the process does not change.
@@ -84,7 +84,7 @@ QByteArray temporaryName(const QByteArray& name) {
             --keep;
     QByteArray temp;
     temp.reserve(NAME_MAX);
-    temp.append(kTempPrefix).append(name.constData(), keep).append('~').append(pid).append('~');
+    temp.append(kTempPrefix).append(name.data(), keep).append('~').append(pid).append('~');
     // A generator of this thread's own: the global one is locked and costs more per file than
     // the rest of the name.
     thread_local QRandomGenerator random(QRandomGenerator::global()->generate());
@@ -230,10 +230,14 @@ Result<FileStatus> FileCopier::copy(const QByteArray& source, const QByteArray& 
             held->hold(source, ownIn.release(), src, stored);
     }
 
-    const QByteArray name = nameOf(destination);
-    if (name.isEmpty() || name == "." || name == ".." || destination.endsWith('/'))
+    if (destination.isEmpty() || destination.endsWith('/'))
         return error(ErrNo::PathFileAccess);
-    const QByteArray dirPath = parentOf(destination);
+    const QByteArrayView name =
+        QByteArrayView(destination).sliced(destination.lastIndexOf('/') + 1);
+    if (name == "." || name == "..")
+        return error(ErrNo::PathFileAccess);
+    // The directory's path is wanted only where there is no handle on it, or for an error.
+    const auto dirPath = [&] { return parentOf(destination); };
     const DirectoryHandles::At to = DirectoryHandles::resolve(destination);
 
     // What stands at the destination may be replaced only if it is an ordinary, writable file
@@ -272,16 +276,19 @@ Result<FileStatus> FileCopier::copy(const QByteArray& source, const QByteArray& 
     bool unnamed = false;
     if (hint == DestinationHint::Missing && UnnamedFiles::usable()) {
         CrashPoint::reached();
-        out.reset(::openat(to.dir, to.dir == AT_FDCWD ? dirPath.constData() : ".",
+        out.reset(::openat(to.dir, to.dir == AT_FDCWD ? dirPath().constData() : ".",
                            O_TMPFILE | O_WRONLY | O_CLOEXEC, createMode));
-        if (!out && !UnnamedFiles::unsupported(errno))
-            return directoryError(errno, dirPath);
+        if (const int e = errno; !out && !UnnamedFiles::unsupported(e))
+            return directoryError(e, dirPath());
         unnamed = bool(out);
     }
     // The temporary is named within the destination's directory handle where there is one.
     QByteArray dirPrefix;
-    if (to.dir == AT_FDCWD)
-        dirPrefix = dirPath.endsWith('/') ? dirPath : dirPath + '/';
+    if (to.dir == AT_FDCWD) {
+        dirPrefix = dirPath();
+        if (!dirPrefix.endsWith('/'))
+            dirPrefix += '/';
+    }
     QByteArray temp;
     for (int attempt = 0; attempt < 100 && !out; ++attempt) {
         temp = dirPrefix + temporaryName(name);
@@ -291,8 +298,8 @@ Result<FileStatus> FileCopier::copy(const QByteArray& source, const QByteArray& 
         if (!out && errno != EEXIST)
             break;
     }
-    if (!out)
-        return directoryError(errno, dirPath);
+    if (const int e = errno; !out)
+        return directoryError(e, dirPath());
 
     const auto fail = [&](int e) -> Result<FileStatus> {
         out.reset();
