@@ -1,4 +1,5 @@
 #include "platform/DirectoryHandles.h"
+#include "platform/NativePath.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -108,7 +109,7 @@ DirectoryHandles::At DirectoryHandles::resolve(const QByteArray& path) {
     const At whole{AT_FDCWD, path.constData()};
     if (!active)
         return whole;
-    const qsizetype slash = path.lastIndexOf('/');
+    const qsizetype slash = NativePath::lastSeparator(path);
     // Relative paths and names ending in a slash are left to the whole-path calls.
     if (slash < 0 || slash == path.size() - 1)
         return whole;

@@ -3,6 +3,7 @@
 
 #include "platform/DirectoryHandles.h"
 #include "platform/DosAttributes.h"
+#include "platform/NativePath.h"
 #include "platform/PosixFile.h"
 #include "platform/UnnamedFiles.h"
 
@@ -233,7 +234,7 @@ Result<FileStatus> FileCopier::copy(const QByteArray& source, const QByteArray& 
     if (destination.isEmpty() || destination.endsWith('/'))
         return error(ErrNo::PathFileAccess);
     const QByteArrayView name =
-        QByteArrayView(destination).sliced(destination.lastIndexOf('/') + 1);
+        QByteArrayView(destination).sliced(NativePath::lastSeparator(destination) + 1);
     if (name == "." || name == "..")
         return error(ErrNo::PathFileAccess);
     // The directory's path is wanted only where there is no handle on it, or for an error.

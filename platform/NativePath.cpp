@@ -25,9 +25,15 @@ QByteArray NativePath::withoutTrailingSeparator(QByteArray path) {
     return path;
 }
 
+qsizetype NativePath::lastSeparator(QByteArrayView path) {
+    // memrchr: the general search of QByteArray costs many times more, for every file.
+    const void* at = path.isEmpty() ? nullptr : ::memrchr(path.data(), '/', size_t(path.size()));
+    return at ? static_cast<const char*>(at) - path.data() : -1;
+}
+
 QByteArray NativePath::parentOf(const QByteArray& path) {
-    const QByteArray p = withoutTrailingSeparator(path);
-    const qsizetype slash = p.lastIndexOf('/');
+    const QByteArray p = path.endsWith('/') ? withoutTrailingSeparator(path) : path;
+    const qsizetype slash = lastSeparator(p);
     if (slash < 0)
         return QByteArrayLiteral(".");
     return slash == 0 ? QByteArrayLiteral("/") : p.left(slash);

@@ -12,6 +12,8 @@ public:
     static QByteArray join(const QByteArray& dir, QByteArrayView name);
     // path without separators at its end (the root stays "/").
     static QByteArray withoutTrailingSeparator(QByteArray path);
+    // Where the last separator of path is, or -1.
+    static qsizetype lastSeparator(QByteArrayView path);
     // The directory that holds path ("/" for a name in the root, "." for a bare name).
     static QByteArray parentOf(const QByteArray& path);
 };
