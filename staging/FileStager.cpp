@@ -77,11 +77,12 @@ FileStager::Next FileStager::toDestination(Call& call, const QString& destPath,
     StagingHost& host = m_run.m_host;
     const clsOndrelApp& settings = m_run.m_settings;
 
-    const QByteArray destFile = NativePath::join(destination(destPath).base, relative);
+    const Destination& to = destination(destPath);
+    const QByteArray destFile = NativePath::join(to.base, relative);
     host.showDestFile(destFile);
 
     call.Task = QStringLiteral("CheckDPDrive");
-    call.drive = destination(destPath).drive;
+    call.drive = to.drive;
     if (const auto next = checkDrive(call))
         return *next;
 
