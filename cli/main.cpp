@@ -88,16 +88,14 @@ bool loadSpec(clsSpecFile& spec, const QString& fileName) {
     const QFileInfo info(fileName);
     spec.setName(info.fileName());
     spec.setPath(info.absolutePath() + u'/');
-    const MsgBoxHandler previous = setMsgBoxHandler([](const MsgBoxRequest& request) {
+    const ScopedMsgBoxHandler toTerminal([](const MsgBoxRequest& request) {
         std::fputs((request.title + QStringLiteral(": ") + oneLine(request.prompt) + u'\n')
                        .toUtf8()
                        .constData(),
                    stderr);
         return firstButton(request.buttons);
     });
-    const bool loaded = spec.LoadSpecFile(info.absoluteFilePath());
-    setMsgBoxHandler(previous);
-    return loaded;
+    return spec.LoadSpecFile(info.absoluteFilePath());
 }
 
 bool openLog(StagingLog& log, const QString& fileName) {
@@ -175,11 +173,12 @@ int main(int argc, char* argv[]) {
                    settings.programDirectory());
     host.attach(run);
     // Any box the run shows outside the host's questions is asked the same way.
-    const MsgBoxHandler previous = setMsgBoxHandler([&host](const MsgBoxRequest& request) {
-        return host.ask(request.prompt, request.buttons, request.icon, request.title);
-    });
-    run.run();
-    setMsgBoxHandler(previous);
+    {
+        const ScopedMsgBoxHandler throughHost([&host](const MsgBoxRequest& request) {
+            return host.ask(request.prompt, request.buttons, request.icon, request.title);
+        });
+        run.run();
+    }
     if (options.dryRun)
         std::fputs("dry run: nothing was changed\n", stdout);
     return exitStatus(run.state());

@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <functional>
+#include <utility>
 
 namespace ondrel {
 
@@ -30,6 +31,20 @@ MsgAnswer MsgBox(const QString& prompt, MsgButtons buttons, MsgIcon icon, const 
 // Installs the handler that answers MsgBox; returns the previous one. An empty handler restores
 // the fallback, which writes the box to standard error and answers with its first button.
 MsgBoxHandler setMsgBoxHandler(MsgBoxHandler handler);
+
+// Installs a handler for as long as it lives and puts the previous one back when it goes out of
+// scope, so that a handler installed for one task never outlives it, even when that task throws.
+class ScopedMsgBoxHandler {
+public:
+    explicit ScopedMsgBoxHandler(MsgBoxHandler handler)
+        : m_previous(setMsgBoxHandler(std::move(handler))) {}
+    ~ScopedMsgBoxHandler() { setMsgBoxHandler(std::move(m_previous)); }
+    ScopedMsgBoxHandler(const ScopedMsgBoxHandler&) = delete;
+    ScopedMsgBoxHandler& operator=(const ScopedMsgBoxHandler&) = delete;
+
+private:
+    MsgBoxHandler m_previous;
+};
 
 // The first button of a set: what the box answers when nobody can be asked.
 MsgAnswer firstButton(MsgButtons buttons);
