@@ -280,8 +280,13 @@ private Q_SLOTS:
             QVERIFY(writeFile(at(name), content, 0640));
             QVERIFY(setModified(at(name), 1000000000, 500000000));
             QVERIFY(writeFile(at("dst/" + name), "old content"));
-            QCOMPARE(errorOf(FileSystem::copyFile(at(name), at("dst/" + name))), 0);
+            const Result<CopiedFile> copied = FileSystem::copyFile(at(name), at("dst/" + name));
+            QCOMPARE(errorOf(copied), 0);
             QVERIFY(readFile(at("dst/" + name)) == content);
+            // The copy names the file that took the destination's name: a move relies on it.
+            struct stat st {};
+            QCOMPARE(::stat(at("dst/" + name), &st), 0);
+            QVERIFY(copied->device == st.st_dev && copied->inode == st.st_ino);
             QCOMPARE(FileSystem::lastModified(at("dst/" + name)).value(), qint64(1000000000));
             QCOMPARE(int(modeOf(at("dst/" + name))), 0640);
         }
@@ -340,7 +345,7 @@ private Q_SLOTS:
         QVERIFY(::symlink("../src/a", at("dst/link")) == 0);
         QVERIFY(::mkfifo(at("src/fifo"), 0644) == 0);
         const auto before = std::make_pair(snapshot(at("src")), snapshot(at("dst")));
-        const Result<FileStatus> copied =
+        const Result<CopiedFile> copied =
             FileSystem::copyFile(at(paths.section(u' ', 0, 0)), at(paths.section(u' ', 1)));
         QCOMPARE(errorOf(copied), expected);
         // Nothing changed, no temporary file left.
@@ -356,7 +361,7 @@ private Q_SLOTS:
         const struct rlimit small = {65536, old.rlim_max};
         const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
         QVERIFY(::setrlimit(RLIMIT_FSIZE, &small) == 0);
-        const Result<FileStatus> copied = FileSystem::copyFile(at("big"), at("dest"));
+        const Result<CopiedFile> copied = FileSystem::copyFile(at("big"), at("dest"));
         ::setrlimit(RLIMIT_FSIZE, &old);
         std::signal(SIGXFSZ, oldHandler);
         if (copied.ok())

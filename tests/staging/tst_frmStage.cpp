@@ -49,7 +49,7 @@ template <typename T> void whenModal(std::function<void(T*)> then) {
 class HookedDiskOps : public DiskFileOps {
 public:
     std::function<void()> onCopy;
-    Result<FileStatus> copyFile(const QByteArray& source, const QByteArray& destination,
+    Result<CopiedFile> copyFile(const QByteArray& source, const QByteArray& destination,
                                 DestinationHint hint) override {
         if (onCopy)
             onCopy();
