@@ -20,6 +20,8 @@
 #include <QTreeWidget>
 #include <QtTest>
 
+#include "tests/ui/WhenModal.h"
+
 using namespace ondrel;
 
 namespace {
@@ -60,25 +62,20 @@ struct Program {
         return QStringLiteral("(no row)");
     }
     QTreeWidget* tree() const { return find<QTreeWidget>(QStringLiteral("tvwSpecs")); }
+    // Opens the worked example through File, Open; gives the dialog that was asked for.
+    FileDialogRequest openWorkedExample() {
+        ScriptedFileDialog dialogs;
+        const QString copy = objects.programDirectory + QStringLiteral("/Web.spc");
+        QFile::copy(kWorkedExample, copy);
+        dialogs.queue(copy);
+        main->mnuFileOpenSpecs_Click();
+        return dialogs.shown().value(0);
+    }
     QString specCaption() const { return find<QLabel>(QStringLiteral("lblSpecInfo(0)"))->text(); }
 
     ProgramObjects objects;
     std::unique_ptr<frmMain> main;
 };
-
-// Runs then(window) once a modal window of type T is up, as a user waits for it to appear.
-template <typename T> void whenModal(std::function<void(T*)> then) {
-    auto* timer = new QTimer;
-    timer->setInterval(10);
-    QObject::connect(timer, &QTimer::timeout, [timer, then] {
-        if (auto* window = qobject_cast<T*>(QApplication::activeModalWidget())) {
-            timer->stop();
-            timer->deleteLater();
-            then(window);
-        }
-    });
-    timer->start();
-}
 
 } // namespace
 
@@ -169,11 +166,7 @@ void tst_frmMain::drawsTheWorkedExample_data() {
 void tst_frmMain::drawsTheWorkedExample() {
     QTemporaryDir dir;
     Program p(dir.path());
-    ScriptedFileDialog dialogs;
-    QVERIFY(QFile::copy(kWorkedExample, dir.filePath(QStringLiteral("Web.spc"))));
-    dialogs.queue(dir.filePath(QStringLiteral("Web.spc")));
-    p.main->mnuFileOpenSpecs_Click();
-    QCOMPARE(dialogs.shown().at(0).title, QStringLiteral("Open Spec File"));
+    QCOMPARE(p.openWorkedExample().title, QStringLiteral("Open Spec File"));
 
     QFETCH(QList<int>, at);
     QTreeWidgetItem* node = p.tree()->topLevelItem(at.takeFirst());
@@ -194,10 +187,7 @@ void tst_frmMain::drawsTheWorkedExample() {
 void tst_frmMain::treeClicksAndContextMenu() {
     QTemporaryDir dir;
     Program p(dir.path());
-    ScriptedFileDialog dialogs;
-    QVERIFY(QFile::copy(kWorkedExample, dir.filePath(QStringLiteral("Web.spc"))));
-    dialogs.queue(dir.filePath(QStringLiteral("Web.spc")));
-    p.main->mnuFileOpenSpecs_Click();
+    p.openWorkedExample();
     QCOMPARE(p.row(QStringLiteral("InclSubDirs")), QStringLiteral("Yes"));
     QCOMPARE(p.row(QStringLiteral("Overwrite")), QStringLiteral("If Older"));
 
