@@ -6,7 +6,10 @@
 #include "staging/frmStageInfo.h"
 #include "ui/controls/ProgramObjects.h"
 #include "ui/main/SubMain.h"
+#include "ui/main/frmAbout.h"
 
+#include <QAbstractButton>
+#include <QAccessible>
 #include <QAction>
 #include <QApplication>
 #include <QFile>
@@ -93,6 +96,7 @@ private Q_SLOTS:
     void stagesWithALog();
     void splitterDragStaysInBounds();
     void badOptionsFileEndsWithAReport();
+    void everyControlHasANameForScreenReaders();
 };
 
 void tst_frmMain::startsAndRestartsFromTheOptionsFile() {
@@ -314,7 +318,15 @@ void tst_frmMain::stagesWithALog() {
 
     dialogs.queueCancel(); // no log name, no staging
     p.main->mnuFileStageFiles_Click();
+    dialogs.queue(dir.filePath(QStringLiteral("missing/new.log")));
+    p.main->mnuFileStageFiles_Click();
     QVERIFY(!QFile::exists(dir.filePath(QStringLiteral("dst/a.txt"))));
+    QCOMPARE(boxes.shown().size(), 1);
+    QCOMPARE(boxes.shown().at(0).prompt,
+             QStringLiteral("Error 76 occurred.  Message as follows:\r\nPath not found"));
+    QCOMPARE(boxes.shown().at(0).title, QStringLiteral("Error Saving Spec File"));
+    QCOMPARE(boxes.shown().at(0).icon, MsgIcon::Exclamation);
+    boxes.clear();
 
     const QString log = dir.filePath(QStringLiteral("new.log"));
     dialogs.queue(log);
@@ -355,6 +367,26 @@ void tst_frmMain::badOptionsFileEndsWithAReport() {
     QCOMPARE(boxes.shown().size(), 1);
     QVERIFY(boxes.shown().at(0).prompt.startsWith(QStringLiteral("Run-time error '13':")));
     QCOMPARE(readAll(dir.filePath(QStringLiteral("ONDREL.OPT"))), bad);
+}
+
+void tst_frmMain::everyControlHasANameForScreenReaders() {
+    QTemporaryDir dir;
+    Program p(dir.path());
+    frmAbout about(p.main.get());
+    for (QWidget* window : {static_cast<QWidget*>(p.main.get()), static_cast<QWidget*>(&about)}) {
+        for (QWidget* w : window->findChildren<QWidget*>()) {
+            if (w->focusPolicy() == Qt::NoFocus && !qobject_cast<QAbstractButton*>(w))
+                continue;
+            QAccessibleInterface* a = QAccessible::queryAccessibleInterface(w);
+            QVERIFY2(a != nullptr && !a->text(QAccessible::Name).isEmpty(),
+                     qPrintable(w->objectName() + u' ' + w->metaObject()->className()));
+        }
+    }
+    // Every menu entry has an access key.
+    for (QAction* a : p.main->findChildren<QAction*>()) {
+        if (a->objectName().startsWith(QLatin1String("mnu")) && !a->isSeparator())
+            QVERIFY2(a->text().contains(u'&'), qPrintable(a->objectName()));
+    }
 }
 
 QTEST_MAIN(tst_frmMain)
