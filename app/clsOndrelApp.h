@@ -14,8 +14,8 @@ namespace ondrel {
 // the program; it is kept between runs in the options file.
 class clsOndrelApp {
 public:
-    // Sets every property to its default; the window is centred on screen. programDirectory is
-    // where the options file lives.
+    // Sets every property to its default; the window is centred on screen, which is kept and asked
+    // again by RestoreDefaults. programDirectory is where the options file lives.
     clsOndrelApp(const ScreenMetrics& screen, QString programDirectory);
 
     qint32 Top() const { return m_top; }
@@ -90,7 +90,7 @@ private:
     static const std::vector<OptionField>& optionFields();
     void setDefaults();
 
-    const ScreenMetrics& m_screen;
+    ScreenMetrics m_screen;
     QString m_programDirectory;
 
     qint32 m_top = 0;

@@ -1,0 +1,57 @@
+#include "app/MainWindowLayout.h"
+
+#include <cmath>
+
+namespace ondrel {
+
+MainWindowLayout::Panes MainWindowLayout::SizeControls(double X, const Window& window) {
+    Panes p;
+    // Whole twips first, rounding half to even as the conversion does, then down to the grid.
+    const long whole = std::lrint(X);
+    const double x = static_cast<double>(whole / kGrid * kGrid);
+
+    p.tree.left = 0;
+    p.tree.width = x;
+    p.treeCaption.width = p.tree.width;
+    p.splitter.left = x;
+    p.splitter.width = window.splitter.width;
+
+    p.list.left = x + kGrid;
+    p.list.width = window.outerWidth - (p.list.left + kRightMargin);
+    p.optionColumnWidth = (p.list.width - kColumnReserve) * 0.75;
+    p.settingColumnWidth = (p.list.width - kColumnReserve) * 0.25;
+    p.listCaption.left = p.list.left + kCaptionIndent;
+    p.listCaption.width = p.list.width - kGrid;
+
+    p.tree.top =
+        window.toolbarVisible ? window.toolbarHeight + window.titleHeight : window.titleHeight;
+    p.list.top = p.tree.top;
+    p.tree.height = window.innerHeight - (window.titleTop + window.titleHeight);
+    p.list.height = p.tree.height;
+
+    // The drag bar is made ready here, from the splitter as it stood before this layout, so that
+    // a press on the splitter only has to show it.
+    p.dragBar.left = p.splitter.left;
+    p.dragBar.top = window.splitter.top;
+    p.dragBar.width = static_cast<double>(static_cast<long>(window.splitter.width) / 2);
+    p.dragBar.height = window.splitter.height - kDragBarShorter;
+
+    p.splitter.top = window.titleTop;
+    p.splitter.height = p.tree.height + window.titleHeight;
+    return p;
+}
+
+double MainWindowLayout::dragPosition(double x, double windowWidth) {
+    if (x < kSplitterMargin)
+        return kSplitterMargin;
+    if (x > windowWidth - kSplitterMargin)
+        return windowWidth - kSplitterMargin;
+    return x;
+}
+
+double MainWindowLayout::resizedSplitter(double storedSplitterLoc, double windowWidth) {
+    return storedSplitterLoc > windowWidth - kSplitterMargin ? windowWidth - kSplitterMargin
+                                                             : storedSplitterLoc;
+}
+
+} // namespace ondrel
