@@ -296,6 +296,39 @@ private Q_SLOTS:
         QCOMPARE(snapshot(at("dst")).size(), size_t(2));
     }
 
+    // A sparse file stays sparse: its holes are not written out as zeros.
+    void copyKeepsHoles_data() {
+        QTest::addColumn<QList<qint64>>("data"); // offsets of 4 KiB blocks of data
+        QTest::addColumn<qint64>("size");
+        const qint64 mib = 1024 * 1024;
+        QTest::newRow("hole in the middle") << QList<qint64>{0, 40 * mib} << 40 * mib + 4096;
+        QTest::newRow("starts with a hole") << QList<qint64>{30 * mib} << 30 * mib + 4096;
+        QTest::newRow("ends in a hole") << QList<qint64>{0} << 50 * mib;
+        QTest::newRow("all hole") << QList<qint64>{} << 20 * mib;
+    }
+
+    void copyKeepsHoles() {
+        QFETCH(QList<qint64>, data);
+        QFETCH(qint64, size);
+        {
+            QFile file(QFile::decodeName(at("sparse")));
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(size));
+            for (const qint64 offset : data)
+                QVERIFY(file.seek(offset) && file.write(QByteArray(4096, 'd')) == 4096);
+        }
+        struct stat source {};
+        QCOMPARE(::stat(at("sparse"), &source), 0);
+        if (source.st_blocks * 512 > 8 * 4096 * (data.size() + 1))
+            QSKIP("this file system does not keep holes");
+        QCOMPARE(errorOf(FileSystem::copyFile(at("sparse"), at("copy"))), 0);
+        struct stat copy {};
+        QCOMPARE(::stat(at("copy"), &copy), 0);
+        QCOMPARE(copy.st_size, size);
+        QVERIFY2(copy.st_blocks <= source.st_blocks + 16,
+                 qPrintable(QString::number(copy.st_blocks)));
+        QVERIFY(readFile(at("copy")) == readFile(at("sparse")));
+    }
+
     void copyAttributes_data() {
         QTest::addColumn<int>("source"); // -1: nothing stored
         QTest::addColumn<int>("expected");

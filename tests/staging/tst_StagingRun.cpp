@@ -406,6 +406,32 @@ private Q_SLOTS:
         QVERIFY(f.run->state().ProblemFiles.isEmpty());
     }
 
+    // A link staged as the file it leads to is moved as the link: removing it never goes
+    // through it to the file, which the same run may already have moved.
+    void moveOfALinkRemovesTheLink_data() {
+        QTest::addColumn<QString>("link");
+        QTest::newRow("link listed before its file") << "a-link.txt";
+        QTest::newRow("link listed after its file") << "z-link.txt";
+    }
+
+    void moveOfALinkRemovesTheLink() {
+        QFETCH(QString, link);
+        StagingFixture f;
+        f.settings.setDelSource(true);
+        f.file("src/m-file.txt", "content");
+        QVERIFY(QFile::link("m-file.txt", f.path("src/" + link)));
+        f.group("src", "*.txt", {"dst"});
+        f.stage();
+        QCOMPARE(f.read("dst/m-file.txt"), QByteArray("content"));
+        QCOMPARE(f.read("dst/" + link), QByteArray("content"));
+        QVERIFY(QDir(f.path("src"))
+                    .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)
+                    .isEmpty());
+        QVERIFY(f.run->state().ProblemFiles.isEmpty());
+        QVERIFY(f.run->state().UndeletedFiles.isEmpty());
+        QVERIFY(!f.run->state().errorReported);
+    }
+
     void cancelledMoveDeletesNothing() {
         StagingFixture f;
         f.settings.setDelSource(true);
