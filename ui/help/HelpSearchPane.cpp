@@ -76,8 +76,12 @@ void HelpSearchPane::showResults(int count) {
         auto* item = new QListWidgetItem(result.title(), m_results);
         item->setData(Qt::UserRole, result.url());
     }
-    m_status->setText(count == 0 ? tr("No topic contains these words.")
-                                 : tr("%n topic(s) found.", nullptr, count));
+    if (count == 0)
+        m_status->setText(tr("No topic contains these words."));
+    else if (count == 1)
+        m_status->setText(tr("1 topic found."));
+    else
+        m_status->setText(tr("%1 topics found.").arg(count));
     if (count > 0)
         m_results->setCurrentRow(0);
     Q_EMIT searchFinished();

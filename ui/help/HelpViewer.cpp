@@ -11,6 +11,7 @@
 #include <QHelpEngine>
 #include <QHelpLink>
 #include <QHelpSearchEngine>
+#include <QLineEdit>
 #include <QScreen>
 #include <QShortcut>
 #include <QSplitter>
@@ -19,6 +20,8 @@
 #include <QTabWidget>
 #include <QToolButton>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace ondrel {
 
@@ -99,7 +102,7 @@ HelpViewer::HelpViewer(const QString& collectionFile, QWidget* parent)
 
     connect(m_contents, &QHelpContentWidget::linkActivated, this, &HelpViewer::showTopic);
     connect(m_indexPane, &HelpIndexPane::topicChosen, this, &HelpViewer::showTopic);
-    connect(m_searchPane, &HelpSearchPane::topicChosen, this, &HelpViewer::showTopic);
+    connect(m_searchPane, &HelpSearchPane::topicChosen, this, &HelpViewer::showFoundTopic);
     connect(m_back, &QToolButton::clicked, m_browser, &QTextBrowser::backward);
     connect(m_forward, &QToolButton::clicked, m_browser, &QTextBrowser::forward);
     connect(m_home, &QToolButton::clicked, this, [this] { showTopic(topicFor(0)); });
@@ -113,12 +116,17 @@ HelpViewer::HelpViewer(const QString& collectionFile, QWidget* parent)
     });
     buildShortcuts();
 
+    // Sized in lines and characters of the user's font, so it suits any screen resolution.
     const QFontMetrics metrics = fontMetrics();
-    QSize size(metrics.averageCharWidth() * 130, metrics.height() * 40);
+    QSize size(metrics.averageCharWidth() * 150, metrics.height() * 46);
     if (const QScreen* screen = QGuiApplication::primaryScreen())
         size = size.boundedTo(screen->availableSize() * 9 / 10);
     resize(size);
-    m_splitter->setSizes({size.width() / 4, size.width() * 3 / 4});
+    // The navigation side is wide enough for its three tabs.
+    const int navigation = std::max(size.width() / 4, m_tabs->tabBar()->sizeHint().width() +
+                                                          metrics.averageCharWidth() * 4);
+    m_tabs->setMinimumWidth(m_tabs->tabBar()->sizeHint().width());
+    m_splitter->setSizes({navigation, size.width() - navigation});
 }
 
 HelpViewer::~HelpViewer() {
@@ -185,6 +193,15 @@ void HelpViewer::showRequest(const HelpRequest& request) {
 void HelpViewer::showTopic(const QUrl& url) {
     if (url.isValid() && url != currentPage())
         m_browser->setSource(url);
+}
+
+void HelpViewer::showFoundTopic(const QUrl& url) {
+    showTopic(url);
+    // Brings the first of the words searched for into view, selected, where the user reads on.
+    const QString word = m_searchPane->wordsField()->text().section(QLatin1Char(' '), 0, 0,
+                                                                    QString::SectionSkipEmpty);
+    m_browser->moveCursor(QTextCursor::Start);
+    m_browser->find(word);
 }
 
 void HelpViewer::selectInContents(const QUrl& url) {

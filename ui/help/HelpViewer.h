@@ -46,6 +46,7 @@ public:
 
 private:
     void showTopic(const QUrl& url);
+    void showFoundTopic(const QUrl& url);
     void selectInContents(const QUrl& url);
     void buildShortcuts();
 

@@ -89,7 +89,8 @@ private Q_SLOTS:
         QCOMPARE(m_viewer->focusWidget(), expectedFocus);
     }
 
-    // The full-text search finds the topics that hold every word typed, and opens the chosen one.
+    // The full-text search finds the topics that hold the word typed, and opens the chosen one at
+    // that word.
     void searchFindsTopicsByWord_data() {
         QTest::addColumn<QString>("words");
         QTest::addColumn<QStringList>("titles");
@@ -117,6 +118,8 @@ private Q_SLOTS:
         if (titles.size() == 1) {
             Q_EMIT pane->resultList()->itemActivated(pane->resultList()->item(0));
             QCOMPARE(pageOf(m_viewer->currentPage()), QStringLiteral("mainscreen.html"));
+            // The topic opens at the word found.
+            QCOMPARE(browserOf(m_viewer.get())->textCursor().selectedText().toLower(), words);
         }
     }
 
