@@ -162,21 +162,45 @@ private Q_SLOTS:
         QVERIFY(!m_viewer->isVisible());
     }
 
-    // Every control the keyboard reaches tells a screen reader what it is.
-    void focusableControlsHaveNames() {
+    // Tab reaches every control of each tab, and each control it reaches tells a screen reader
+    // what it is.
+    void tabReachesNamedControls_data() {
+        QTest::addColumn<HelpViewer::Tab>("tab");
+        QTest::addColumn<QStringList>("controls");
+        const QStringList always{"cmdHelpBack", "cmdHelpHome", "qt_tabwidget_tabbar",
+                                 "txtHelpTopic"};
+        QTest::newRow("Contents") << HelpViewer::Tab::Contents
+                                  << always + QStringList{"tvwHelpContents"};
+        QTest::newRow("Index") << HelpViewer::Tab::Index
+                               << always + QStringList{"txtHelpIndexKeyword", "lstHelpIndex"};
+        QTest::newRow("Search") << HelpViewer::Tab::Search
+                                << always + QStringList{"txtHelpSearchWords", "cmdHelpSearch",
+                                                        "lstHelpSearchResults"};
+    }
+    void tabReachesNamedControls() {
+        QFETCH(HelpViewer::Tab, tab);
+        QFETCH(QStringList, controls);
+
         m_viewer->showRequest({0, HelpCommand::Contents});
-        for (auto tab :
-             {HelpViewer::Tab::Contents, HelpViewer::Tab::Index, HelpViewer::Tab::Search}) {
-            m_viewer->findChild<QTabWidget*>()->setCurrentIndex(static_cast<int>(tab));
-            for (QWidget* widget : m_viewer->findChildren<QWidget*>()) {
-                if (!widget->isVisible() || !(widget->focusPolicy() & Qt::TabFocus))
-                    continue;
-                QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(widget);
-                QVERIFY2(accessible && !accessible->text(QAccessible::Name).isEmpty(),
-                         qPrintable(widget->metaObject()->className() + QStringLiteral(" ") +
-                                    widget->objectName()));
-            }
+        m_viewer->showRequest({5, HelpCommand::Context}); // Back is enabled now
+        m_viewer->findChild<QTabWidget*>()->setCurrentIndex(static_cast<int>(tab));
+        QVERIFY(QTest::qWaitForWindowActive(m_viewer.get()));
+        QWidget* home = m_viewer->findChild<QWidget*>(QStringLiteral("cmdHelpHome"));
+        home->setFocus();
+        QStringList reached;
+        for (int i = 0; i < 50; ++i) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            QWidget* focus = QApplication::focusWidget();
+            QVERIFY(focus);
+            QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(focus);
+            QVERIFY2(accessible && !accessible->text(QAccessible::Name).isEmpty(),
+                     qPrintable(focus->objectName()));
+            reached.append(focus->objectName());
+            if (focus == home)
+                break;
         }
+        for (const QString& control : controls)
+            QVERIFY2(reached.contains(control), qPrintable(control));
     }
 
     // The program's help handler opens one window and turns that same window to each request.
