@@ -12,7 +12,7 @@ namespace ondrel {
 
 HelpSearchPane::HelpSearchPane(QHelpSearchEngine* engine, QWidget* parent)
     : QWidget(parent), m_engine(engine), m_words(new QLineEdit(this)),
-      m_searchButton(new QPushButton(tr("&Search"), this)), m_results(new QListWidget(this)),
+      m_searchButton(new QPushButton(tr("&Find"), this)), m_results(new QListWidget(this)),
       m_status(new QLabel(this)) {
     auto* label = new QLabel(tr("&Words to find:"), this);
     label->setBuddy(m_words);
@@ -20,7 +20,7 @@ HelpSearchPane::HelpSearchPane(QHelpSearchEngine* engine, QWidget* parent)
     m_words->setAccessibleName(tr("Words to find"));
     m_words->setClearButtonEnabled(true);
     m_searchButton->setObjectName(QStringLiteral("cmdHelpSearch"));
-    m_searchButton->setAccessibleName(tr("Search"));
+    m_searchButton->setAccessibleName(tr("Find topics"));
     auto* resultsLabel = new QLabel(tr("&Topics found:"), this);
     resultsLabel->setBuddy(m_results);
     m_results->setObjectName(QStringLiteral("lstHelpSearchResults"));

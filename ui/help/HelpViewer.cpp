@@ -101,6 +101,11 @@ HelpViewer::HelpViewer(const QString& collectionFile, QWidget* parent)
     layout->addWidget(m_splitter, 1);
 
     connect(m_contents, &QHelpContentWidget::linkActivated, this, &HelpViewer::showTopic);
+    // One click on a title opens its topic, whatever the desktop's setting for activating items.
+    connect(m_contents, &QHelpContentWidget::clicked, this, [this](const QModelIndex& index) {
+        if (const QHelpContentItem* item = m_engine->contentModel()->contentItemAt(index))
+            showTopic(item->url());
+    });
     connect(m_indexPane, &HelpIndexPane::topicChosen, this, &HelpViewer::showTopic);
     connect(m_searchPane, &HelpSearchPane::topicChosen, this, &HelpViewer::showFoundTopic);
     connect(m_back, &QToolButton::clicked, m_browser, &QTextBrowser::backward);
