@@ -1,6 +1,7 @@
 #include "ui/main/frmMain.h"
 
 #include "platform/ScriptedFileDialog.h"
+#include "platform/ScriptedHelp.h"
 #include "platform/ScriptedMsgBox.h"
 #include "staging/frmStage.h"
 #include "staging/frmStageInfo.h"
@@ -97,6 +98,7 @@ private Q_SLOTS:
     void splitterDragStaysInBounds();
     void badOptionsFileEndsWithAReport();
     void everyControlHasANameForScreenReaders();
+    void helpMenuOpensItsTopics();
 };
 
 void tst_frmMain::startsAndRestartsFromTheOptionsFile() {
@@ -387,6 +389,17 @@ void tst_frmMain::everyControlHasANameForScreenReaders() {
         if (a->objectName().startsWith(QLatin1String("mnu")) && !a->isSeparator())
             QVERIFY2(a->text().contains(u'&'), qPrintable(a->objectName()));
     }
+}
+
+void tst_frmMain::helpMenuOpensItsTopics() {
+    QTemporaryDir dir;
+    Program p(dir.path());
+    ScriptedHelp help;
+    for (const char* item : {"mnuHelpContents", "mnuHelpSearch", "mnuHelpMainScreen"})
+        p.action(QString::fromLatin1(item))->trigger();
+    const QList<HelpRequest> expected = {
+        {0, HelpCommand::Contents}, {0, HelpCommand::PartialKey}, {5, HelpCommand::Context}};
+    QVERIFY(help.requests() == expected);
 }
 
 QTEST_MAIN(tst_frmMain)
