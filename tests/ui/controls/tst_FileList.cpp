@@ -1,0 +1,140 @@
+#include "ui/controls/FileList.h"
+
+#include "platform/FileSystem.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+using namespace ondrel;
+using controls::FileList;
+
+namespace {
+
+QStringList shown(const FileList& list) {
+    QStringList names;
+    for (int row = 0; row < list.count(); ++row)
+        names.append(list.model()->index(row, 0).data().toString());
+    return names;
+}
+
+} // namespace
+
+class tst_FileList : public QObject {
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+    QByteArray m_root;
+    bool m_storedAttributes = false;
+
+    QByteArray at(const QByteArray& name) const { return m_root + '/' + name; }
+    void make(const QByteArray& name, int attributes = -1) {
+        const int fd = ::open(at(name).constData(), O_CREAT | O_WRONLY, 0644);
+        QVERIFY(fd >= 0);
+        ::close(fd);
+        if (attributes >= 0)
+            QVERIFY(FileSystem::setAttributes(at(name), attributes).ok());
+    }
+
+private Q_SLOTS:
+    void initTestCase() {
+        m_root = QFile::encodeName(m_dir.path());
+        make("plain.txt", Attr::Normal);
+        make("due.txt"); // nothing stored: due for archiving
+        make(".profile");
+        make("ro.DOC", Attr::ReadOnly);
+        make("sys.dat", Attr::System | Attr::Archive);
+        make("caf\xe9.txt"); // not valid UTF-8
+        make("noext");
+        QVERIFY(QDir(m_dir.path()).mkdir(QStringLiteral("sub.txt")));
+        // Where nothing can be stored, Normal and System read as Archive.
+        const Result<int> plain = FileSystem::getAttributes(at("plain.txt"));
+        m_storedAttributes = plain.ok() && plain.value() == Attr::Normal;
+    }
+
+    // QTemporaryDir cannot see the name that is not UTF-8, so cannot remove it.
+    void cleanupTestCase() { ::unlink(at("caf\xe9.txt").constData()); }
+
+    // Which files a pattern and the five filters list, in list-box order.
+    void listsWhatMatches_data() {
+        QTest::addColumn<QString>("pattern");
+        QTest::addColumn<QList<FileFilter>>("cleared");
+        QTest::addColumn<QStringList>("expected");
+        const QStringList all = {".profile",  "caf\\xE9.txt", "due.txt", "noext",
+                                 "plain.txt", "ro.DOC",       "sys.dat"};
+        QTest::newRow("everything") << "*.*" << QList<FileFilter>{} << all;
+        QTest::newRow("masks, any case")
+            << "*.TXT; *.doc" << QList<FileFilter>{}
+            << QStringList{"caf\\xE9.txt", "due.txt", "plain.txt", "ro.DOC"};
+        QTest::newRow("no hidden")
+            << "*.*" << QList<FileFilter>{FileFilter::Hidden}
+            << QStringList{"caf\\xE9.txt", "due.txt", "noext", "plain.txt", "ro.DOC", "sys.dat"};
+        QTest::newRow("no read-only, no system")
+            << "*.*" << QList<FileFilter>{FileFilter::ReadOnly, FileFilter::System}
+            << QStringList{".profile", "caf\\xE9.txt", "due.txt", "noext", "plain.txt"};
+        QTest::newRow("no archive") << "*.*" << QList<FileFilter>{FileFilter::Archive}
+                                    << QStringList{"plain.txt", "ro.DOC"};
+        QTest::newRow("no normal")
+            << "*.*" << QList<FileFilter>{FileFilter::Normal}
+            << QStringList{".profile", "caf\\xE9.txt", "due.txt", "noext", "ro.DOC", "sys.dat"};
+    }
+    void listsWhatMatches() {
+        QFETCH(QString, pattern);
+        QFETCH(QList<FileFilter>, cleared);
+        QFETCH(QStringList, expected);
+        if (!m_storedAttributes && !cleared.isEmpty())
+            QSKIP("no user extended attributes where QTemporaryDir puts its files");
+        FileList list;
+        QVERIFY(list.setPath(m_root).ok());
+        QVERIFY(list.setPattern(pattern).ok());
+        for (FileFilter which : cleared)
+            list.setFilter(which, false);
+        QCOMPARE(shown(list), expected);
+    }
+
+    // A name that is not valid UTF-8 is shown escaped and its path kept byte for byte.
+    void keepsNamesByteForByte() {
+        FileList list;
+        QVERIFY(list.setPath(m_root + '/').ok());
+        QCOMPARE(list.nativePath(), m_root);
+        QVERIFY(list.setPattern(QStringLiteral("caf*")).ok());
+        QCOMPARE(list.count(), 1);
+        QCOMPARE(list.filePath(0), at("caf\xe9.txt"));
+    }
+
+    void rejectsABadPatternAndKeepsItsOwn_data() {
+        QTest::addColumn<QString>("pattern");
+        for (const char* bad : {"a\\b", "*/x", "c:*", "<", ">", "a|b", "\"x\""})
+            QTest::newRow(bad) << QString::fromLatin1(bad);
+    }
+    void rejectsABadPatternAndKeepsItsOwn() {
+        QFETCH(QString, pattern);
+        FileList list;
+        QVERIFY(list.setPath(m_root).ok());
+        QVERIFY(list.setPattern(QStringLiteral("*.txt")).ok());
+        const int before = list.count();
+        QSignalSpy changed(&list, &FileList::patternChanged);
+        const Result<void> set = list.setPattern(pattern);
+        QVERIFY(!set.ok());
+        QCOMPARE(set.error().number(), 5);
+        QCOMPARE(list.Pattern(), QStringLiteral("*.txt"));
+        QCOMPARE(list.count(), before);
+        QCOMPARE(changed.count(), 0);
+    }
+
+    void missingDirectoryLeavesTheList() {
+        FileList list;
+        QVERIFY(list.setPath(m_root).ok());
+        const Result<void> set = list.setPath(at("gone"));
+        QCOMPARE(set.ok() ? 0 : set.error().number(), 76);
+        QCOMPARE(list.nativePath(), m_root);
+        QCOMPARE(list.count(), 7);
+    }
+};
+
+QTEST_MAIN(tst_FileList)
+#include "tst_FileList.moc"

@@ -1,0 +1,171 @@
+#include "ui/controls/FileList.h"
+
+#include "platform/FileSystem.h"
+#include "platform/NativePath.h"
+
+#include <QAbstractListModel>
+#include <QItemSelectionModel>
+
+#include <algorithm>
+
+namespace ondrel::controls {
+
+namespace {
+
+int attributeOf(FileFilter which) {
+    switch (which) {
+    case FileFilter::Archive:
+        return Attr::Archive;
+    case FileFilter::Hidden:
+        return Attr::Hidden;
+    case FileFilter::ReadOnly:
+        return Attr::ReadOnly;
+    case FileFilter::System:
+        return Attr::System;
+    case FileFilter::Normal:
+        break;
+    }
+    return 0;
+}
+
+constexpr int kFilteredAttributes = Attr::Archive | Attr::Hidden | Attr::ReadOnly | Attr::System;
+
+} // namespace
+
+// The names listed, and each as shown.
+class FileListModel : public QAbstractListModel {
+public:
+    using QAbstractListModel::QAbstractListModel;
+
+    struct Entry {
+        QByteArray name;
+        QString shown;
+    };
+
+    void show(std::vector<Entry> entries) {
+        beginResetModel();
+        m_entries = std::move(entries);
+        endResetModel();
+    }
+    const Entry& entry(int row) const { return m_entries[size_t(row)]; }
+
+    int rowCount(const QModelIndex& parent = {}) const override {
+        return parent.isValid() ? 0 : int(m_entries.size());
+    }
+    QVariant data(const QModelIndex& index, int role) const override {
+        if (!index.isValid() || index.row() >= rowCount())
+            return {};
+        if (role == Qt::DisplayRole || role == Qt::AccessibleTextRole)
+            return m_entries[size_t(index.row())].shown;
+        return {};
+    }
+
+private:
+    std::vector<Entry> m_entries;
+};
+
+FileList::FileList(QWidget* parent) : QListView(parent), m_model(new FileListModel(this)) {
+    setModel(m_model);
+    setSelectionMode(QAbstractItemView::ExtendedSelection);
+    setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setUniformItemSizes(true); // a directory of 100,000 files scrolls without measuring each
+}
+
+QString FileList::Path() const {
+    return FileSystem::displayPath(m_path);
+}
+
+Result<void> FileList::setPath(const QByteArray& dir) {
+    const QByteArray path = NativePath::withoutTrailingSeparator(dir);
+    Result<void> listed = list(path, m_pattern);
+    if (!listed.ok())
+        return listed;
+    if (path != m_path) {
+        m_path = path;
+        emit pathChanged(Path());
+    }
+    return {};
+}
+
+Result<void> FileList::setPattern(const QString& pattern) {
+    if (!FileSystem::validMasks(pattern))
+        return Error(5, QStringLiteral("FileList"));
+    if (!m_path.isEmpty()) {
+        Result<void> listed = list(m_path, pattern);
+        if (!listed.ok())
+            return listed;
+    }
+    m_pattern = pattern;
+    emit patternChanged(m_pattern);
+    return {};
+}
+
+bool FileList::filter(FileFilter which) const {
+    if (which == FileFilter::Normal)
+        return m_normal;
+    return (m_hiddenAttributes & attributeOf(which)) == 0;
+}
+
+void FileList::setFilter(FileFilter which, bool shown) {
+    if (which == FileFilter::Normal)
+        m_normal = shown;
+    else if (shown)
+        m_hiddenAttributes &= ~attributeOf(which);
+    else
+        m_hiddenAttributes |= attributeOf(which);
+    refresh();
+}
+
+int FileList::count() const {
+    return m_model->rowCount();
+}
+
+const QByteArray& FileList::fileName(int row) const {
+    return m_model->entry(row).name;
+}
+
+QByteArray FileList::filePath(int row) const {
+    return NativePath::join(m_path, fileName(row));
+}
+
+std::vector<int> FileList::selectedRows() const {
+    std::vector<int> rows;
+    for (const QModelIndex& index : selectionModel()->selectedIndexes())
+        rows.push_back(index.row());
+    std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
+void FileList::refresh() {
+    if (m_path.isEmpty())
+        return;
+    // A directory that went away leaves the list empty rather than showing files that are gone.
+    if (!list(m_path, m_pattern).ok())
+        m_model->show({});
+}
+
+Result<void> FileList::list(const QByteArray& dir, const QString& pattern) {
+    Result<std::vector<QByteArray>> names = FileSystem::matchingFiles(dir, pattern);
+    if (!names.ok())
+        return names.error();
+    const bool everyFile = m_normal && m_hiddenAttributes == 0;
+    std::vector<FileListModel::Entry> entries;
+    entries.reserve(names->size());
+    for (QByteArray& name : names.value()) {
+        if (!everyFile) {
+            // A file that vanished since the listing is not shown.
+            const Result<int> attributes = FileSystem::getAttributes(NativePath::join(dir, name));
+            if (!attributes.ok())
+                continue;
+            const int filtered = attributes.value() & kFilteredAttributes;
+            if ((filtered & m_hiddenAttributes) != 0 || (filtered == 0 && !m_normal))
+                continue;
+        }
+        QString shown = FileSystem::displayPath(name);
+        entries.push_back({std::move(name), std::move(shown)});
+    }
+    m_model->show(std::move(entries));
+    return {};
+}
+
+} // namespace ondrel::controls
