@@ -4,6 +4,7 @@
 #include "platform/Convert.h"
 #include "platform/FileSystem.h"
 #include "platform/NativePath.h"
+#include "platform/NativeText.h"
 #include "spec/clsSpecFile.h"
 #include "staging/StagingHost.h"
 #include "staging/StagingRun.h"
@@ -129,7 +130,8 @@ void DirWalker::walkVariousFiles(const clsSourcePath& sp) {
     StagingHost& host = m_run.m_host;
     host.setProgressRange(int(m_run.m_variousFiles.size()));
     for (const QString& entry : m_run.m_variousFiles) {
-        const QByteArray path = QFile::encodeName(entry);
+        // The list holds native names as NativeText gives them, odd bytes included.
+        const QByteArray path = NativeText::toNative(entry);
         const QByteArray fileName = path.mid(path.lastIndexOf('/') + 1);
         for (const auto& fg : sp.FGs()) {
             if (fg->DPs().Count() == 0)
