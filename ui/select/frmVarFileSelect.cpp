@@ -235,7 +235,9 @@ void frmVarFileSelect::Form_Load() {
         }
     }
     m_loading = false;
-    dirVarDirs_Change();
+    // The file list follows the directory list, which it did already if the path was set.
+    if (filVarFiles->nativePath() != dirVarDirs->nativePath())
+        dirVarDirs_Change();
 }
 
 void frmVarFileSelect::drvVarDrives_Change(const QString& drive) {
