@@ -14,6 +14,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListView>
 #include <QListWidget>
 #include <QPushButton>
 #include <QSignalBlocker>
@@ -51,6 +52,7 @@ DestPathsPage::DestPathsPage(frmCESpecs& editor, QWidget* parent) : EditorPage(e
     drvDPDrives = new DriveList(this);
     drvDPDrives->setObjectName(QStringLiteral("drvDPDrives"));
     drvDPDrives->setAccessibleName(QStringLiteral("Drive"));
+    drvDPDrives->view()->setAccessibleName(QStringLiteral("Drives"));
     auto* lblDrives = new QLabel(QStringLiteral("Dri&ve:"), this);
     lblDrives->setBuddy(drvDPDrives);
 

@@ -14,6 +14,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListView>
 #include <QListWidget>
 #include <QPushButton>
 
@@ -46,6 +47,7 @@ SourcePathsPage::SourcePathsPage(frmCESpecs& editor, QWidget* parent) : EditorPa
     drvSPDrives = new DriveList(this);
     drvSPDrives->setObjectName(QStringLiteral("drvSPDrives"));
     drvSPDrives->setAccessibleName(QStringLiteral("Drive"));
+    drvSPDrives->view()->setAccessibleName(QStringLiteral("Drives"));
     auto* lblDrives = new QLabel(QStringLiteral("Dri&ve:"), this);
     lblDrives->setBuddy(drvSPDrives);
 
