@@ -95,8 +95,9 @@ private Q_SLOTS:
         QTest::addColumn<QString>("words");
         QTest::addColumn<QStringList>("titles");
         QTest::newRow("only on the main screen") << "splitter" << QStringList{"The main screen"};
-        QTest::newRow("on every page")
-            << "destination" << QStringList{"File Ondrel Help", "The main screen"};
+        QTest::newRow("on every page") << "destination"
+                                       << QStringList{"Destination Paths", "File Ondrel Help",
+                                                      "Source Paths", "The main screen"};
         QTest::newRow("nowhere") << "xylophone" << QStringList{};
     }
     void searchFindsTopicsByWord() {
