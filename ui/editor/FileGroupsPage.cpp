@@ -6,6 +6,7 @@
 #include "ui/controls/ProgramObjects.h"
 #include "ui/editor/frmCESpecs.h"
 
+#include <QAbstractButton>
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QFocusEvent>
@@ -70,6 +71,9 @@ FileGroupsPage::FileGroupsPage(frmCESpecs& editor, QWidget* parent) : EditorPage
     grdFGGrid->horizontalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     grdFGGrid->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     grdFGGrid->setCornerButtonEnabled(false);
+    // The empty header cell above the row header is a button of the view's own.
+    if (auto* corner = grdFGGrid->findChild<QAbstractButton*>())
+        corner->setAccessibleName(QStringLiteral("Masks header"));
     // Cells change only through the cell editor below, never through the view's own editors.
     grdFGGrid->setEditTriggers(QAbstractItemView::NoEditTriggers);
     grdFGGrid->setSelectionMode(QAbstractItemView::SingleSelection);
