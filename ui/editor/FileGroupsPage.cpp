@@ -115,8 +115,10 @@ FileGroupsPage::FileGroupsPage(frmCESpecs& editor, QWidget* parent) : EditorPage
     layout->setRowStretch(3, 1);
     layout->setColumnStretch(0, 1);
 
-    // Tab goes from the masks to Clear Grid, then to the list and its buttons.
-    setTabOrder(grdFGGrid, cmdFGClearGrid);
+    // Tab goes from the masks (the grid, or the cell editor open on it) to Clear Grid, then to
+    // the list and its buttons.
+    setTabOrder(grdFGGrid, txtFileMask);
+    setTabOrder(txtFileMask, cmdFGClearGrid);
     setTabOrder(cmdFGClearGrid, lstFGList);
     setTabOrder(lstFGList, cmdFGAdd);
     setTabOrder(cmdFGAdd, cmdFGEdit);
