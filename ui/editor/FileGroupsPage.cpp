@@ -229,6 +229,7 @@ void FileGroupsPage::EditGridCell() {
     txtFileMask->setText(cell(GridCol).toUpper());
     txtFileMask->end(false);
     txtFileMask->setGeometry(grdFGGrid->visualItemRect(grdFGGrid->item(0, GridCol - 1)));
+    txtFileMask->setAccessibleName(QStringLiteral("File mask ") + QString::number(GridCol));
     txtFileMask->show();
     txtFileMask->raise();
     txtFileMask->setFocus();

@@ -10,6 +10,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QTabBar>
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTreeWidget>
@@ -316,10 +317,15 @@ private Q_SLOTS:
         QVERIFY(!p.objects.Spec->Dirty());
     }
 
-    // Alt+M reaches the grid, typing there opens the cell editor, Tab leaves it for Clear Grid.
+    // Tab from the tabs and Alt+M reach the grid, typing there opens the cell editor, Tab leaves
+    // it for Clear Grid.
     void keyboard() {
         Program p;
         inEditor(p, "cmdCancel", [&](const Page& page) {
+            page.dialog->findChild<QTabBar*>()->setFocus();
+            page.type(QStringLiteral("\t"));
+            QCOMPARE(QApplication::focusWidget(), page.grid());
+            page.find("cmdFGAdd")->setFocus();
             QTest::keyClick(page.dialog, Qt::Key_M, Qt::AltModifier);
             page.type(QStringLiteral("a"));
             QCOMPARE(page.find<QLineEdit>("txtFileMask")->text(), "A");
