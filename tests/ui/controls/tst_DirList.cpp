@@ -2,8 +2,10 @@
 #include "ui/controls/DirList.h"
 #include "ui/controls/DirListModel.h"
 
+#include <QDialog>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -87,7 +89,13 @@ private Q_SLOTS:
     // The open directories come first, from the drive's root down, then the sub-directories in
     // list-box order; Enter opens the chosen one, Backspace goes up.
     void keyboardBrowsing() {
-        DirList list;
+        // In a dialog, so that an Enter the list let through would press the default button.
+        QDialog dialog;
+        DirList list(&dialog);
+        QPushButton ok(QStringLiteral("OK"), &dialog);
+        ok.setDefault(true);
+        connect(&ok, &QPushButton::clicked, &dialog, &QDialog::accept);
+        dialog.show();
         QVERIFY(list.setPath(m_tmp.path()).ok());
         QStringList shown = rows(list);
         const QStringList children{"A", "b", "c"};
@@ -103,6 +111,8 @@ private Q_SLOTS:
         QTest::keyClick(&list, Qt::Key_Backspace);
         QCOMPARE(list.Path(), m_tmp.path());
         QCOMPARE(changed.count(), 2);
+        QTest::qWait(200); // a default button's click would come by now
+        QVERIFY(dialog.isVisible());
     }
 
     // A name that is not text shows escaped, as the staging window shows it; opening it, or a
