@@ -104,6 +104,15 @@ Result<void> DriveList::setDrive(const QString& drive) {
     return {};
 }
 
+Result<void> DriveList::setMountedDrive(const QString& mountPoint) {
+    const QByteArray native = QFile::encodeName(mountPoint);
+    if (indexOf(native) < 0)
+        refresh();
+    if (indexOf(native) < 0)
+        return deviceUnavailable();
+    return setDrive(mountPoint);
+}
+
 void DriveList::refresh() {
     fill();
     if (indexOf(m_drive) >= 0)
