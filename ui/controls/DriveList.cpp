@@ -4,6 +4,7 @@
 #include "platform/NativePath.h"
 #include "platform/Volumes.h"
 
+#include <QAbstractItemView>
 #include <QDir>
 #include <QFile>
 
@@ -23,6 +24,7 @@ Error deviceUnavailable() {
 
 DriveList::DriveList(QWidget* parent) : QComboBox(parent) {
     setAccessibleName(QStringLiteral("Drive"));
+    view()->setAccessibleName(QStringLiteral("Drives"));
     setFocusPolicy(Qt::StrongFocus);
     setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     setMinimumContentsLength(12);

@@ -154,7 +154,7 @@ void DestPathsPage::cboDPFGs_Click() {
 }
 
 Result<void> DestPathsPage::browseTo(const QString& drive, const QString& path) {
-    if (Result<void> r = drvDPDrives->setDrive(drive); !r)
+    if (Result<void> r = drvDPDrives->setMountedDrive(drive); !r)
         return r;
     if (Result<void> r = dirDPDirs->setPath(path); !r)
         return r;

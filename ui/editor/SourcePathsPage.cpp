@@ -138,7 +138,7 @@ void SourcePathsPage::addEntry(const QString& name, bool checked) {
 }
 
 Result<void> SourcePathsPage::browseTo(const QString& drive, const QString& path) {
-    if (Result<void> r = drvSPDrives->setDrive(drive); !r)
+    if (Result<void> r = drvSPDrives->setMountedDrive(drive); !r)
         return r;
     if (Result<void> r = dirSPDirs->setPath(path); !r)
         return r;
