@@ -4,6 +4,7 @@
 #include "platform/NativePath.h"
 #include "platform/Volumes.h"
 
+#include <QAbstractItemView>
 #include <QDir>
 #include <QFile>
 
@@ -23,6 +24,7 @@ Error deviceUnavailable() {
 
 DriveList::DriveList(QWidget* parent) : QComboBox(parent) {
     setAccessibleName(QStringLiteral("Drive"));
+    view()->setAccessibleName(QStringLiteral("Drives"));
     setFocusPolicy(Qt::StrongFocus);
     setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     setMinimumContentsLength(12);
@@ -102,6 +104,15 @@ Result<void> DriveList::setDrive(const QString& drive) {
         return deviceUnavailable();
     choose(index);
     return {};
+}
+
+Result<void> DriveList::setMountedDrive(const QString& mountPoint) {
+    const QByteArray native = QFile::encodeName(mountPoint);
+    if (indexOf(native) < 0)
+        refresh();
+    if (indexOf(native) < 0)
+        return deviceUnavailable();
+    return setDrive(mountPoint);
 }
 
 void DriveList::refresh() {

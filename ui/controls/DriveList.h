@@ -29,6 +29,11 @@ public:
     // changes.
     Result<void> setDrive(const QString& drive);
 
+    // Chooses the volume mounted at mountPoint, as a stored drive names it: error 68 when no
+    // volume is mounted there now (a disk that was pulled leaves its mount point an ordinary
+    // directory of the volume above it).
+    Result<void> setMountedDrive(const QString& mountPoint);
+
     // Lists the volumes anew, for those mounted or unmounted since. When the chosen one is
     // gone, the volume that now holds its mount point is chosen and driveChanged emitted.
     void refresh();

@@ -74,6 +74,28 @@ private Q_SLOTS:
         QCOMPARE(changed.count(), before == drives.Drive() ? 0 : 1);
     }
 
+    // A stored drive is a mount point: a directory that is no longer one (the disk was pulled)
+    // is a drive that is not there.
+    void setMountedDrive_data() {
+        QTest::addColumn<QString>("drive");
+        QTest::addColumn<int>("error");
+        QTest::newRow("the root") << "/" << 0;
+        QTest::newRow("a directory that is no mount point") << "@tmp" << 68;
+        QTest::newRow("nothing there") << "/no/such/volume" << 68;
+        QTest::newRow("pseudo file system") << "/proc" << 68;
+    }
+    void setMountedDrive() {
+        QFETCH(QString, drive);
+        QFETCH(int, error);
+        QTemporaryDir tmp;
+        drive.replace(QStringLiteral("@tmp"), tmp.path());
+        DriveList drives;
+        const Result<void> result = drives.setMountedDrive(drive);
+        QCOMPARE(result.ok() ? 0 : result.error().number(), error);
+        if (error == 0)
+            QCOMPARE(drives.Drive(), drive);
+    }
+
     // The user choosing another entry is a change; the entry shows its mount point.
     void userChoiceIsAChange() {
         DriveList drives;
