@@ -90,12 +90,8 @@ Result<void> FileList::setPath(const QByteArray& dir) {
 Result<void> FileList::setPattern(const QString& pattern) {
     if (!FileSystem::validMasks(pattern))
         return Error(5, QStringLiteral("FileList"));
-    if (!m_path.isEmpty()) {
-        Result<void> listed = list(m_path, pattern);
-        if (!listed.ok())
-            return listed;
-    }
     m_pattern = pattern;
+    refresh();
     emit patternChanged(m_pattern);
     return {};
 }

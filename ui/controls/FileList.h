@@ -42,7 +42,7 @@ public:
 
     const QString& Pattern() const { return m_pattern; }
     // Lists the files that match pattern. A pattern holding any of \ / : < > | " is error 5,
-    // and the list keeps its previous pattern. Emits patternChanged.
+    // and the list keeps its previous pattern; that is its only failure. Emits patternChanged.
     Result<void> setPattern(const QString& pattern);
 
     // A file is listed when each of its attributes (Archive, Hidden, Read-Only, System) is

@@ -218,7 +218,8 @@ void frmVarFileSelect::Form_Load() {
     m_loading = true;
     const QString drive = m_program.Settings->DefaultDrive();
     for (;;) {
-        Result<void> opened = drvVarDrives->setDrive(drive);
+        // A stored drive is a mount point: a disk that was pulled leaves only a directory there.
+        Result<void> opened = drvVarDrives->setMountedDrive(drive);
         if (opened.ok())
             opened = dirVarDirs->setPath(m_program.Settings->DefaultPath());
         if (opened.ok())

@@ -90,15 +90,16 @@ struct Dialog {
     }
 };
 
-// The program as Sub Main starts it, browsing dir/src by default.
+// The program as Sub Main starts it, browsing dir/src on the root's volume by default.
 struct Program {
-    explicit Program(const QString& dir_, const QString& defaultPath = {})
+    explicit Program(const QString& dir_, const QString& defaultPath = {},
+                     const QString& defaultDrive = QStringLiteral("/"))
         : dir(dir_), objects(dir_) {
         QDir(dir).mkpath(QStringLiteral("src"));
         const QString path = defaultPath.isEmpty() ? src() : defaultPath;
         writeFile(dir + QStringLiteral("/ONDREL.OPT"),
                   "[FSOptions]\r\nDefaultPath=" + path.toUtf8() +
-                      "\r\nDefaultDrive=" + dir.toUtf8() + "\r\n");
+                      "\r\nDefaultDrive=" + defaultDrive.toUtf8() + "\r\n");
         main = createProgramObjects(objects, FixedScreen(9600, 7200));
         objects.Settings->ReadOPTFile();
         main->Show();
@@ -254,22 +255,30 @@ void tst_frmVarFileSelect::maskAndFilters() {
 }
 
 void tst_frmVarFileSelect::defaultPathMissingAsksRetryOrCancel_data() {
+    QTest::addColumn<bool>("driveMounted");
+    QTest::addColumn<QString>("path");
     QTest::addColumn<QList<MsgAnswer>>("answers");
-    QTest::newRow("cancel") << QList<MsgAnswer>{MsgAnswer::Cancel};
-    QTest::newRow("retry, cancel") << QList<MsgAnswer>{MsgAnswer::Retry, MsgAnswer::Cancel};
+    QTest::newRow("path gone, cancel") << true << "gone" << QList<MsgAnswer>{MsgAnswer::Cancel};
+    QTest::newRow("path gone, retry, cancel")
+        << true << "gone" << QList<MsgAnswer>{MsgAnswer::Retry, MsgAnswer::Cancel};
+    QTest::newRow("drive not mounted") << false << "src" << QList<MsgAnswer>{MsgAnswer::Cancel};
 }
 
 void tst_frmVarFileSelect::defaultPathMissingAsksRetryOrCancel() {
+    QFETCH(bool, driveMounted);
+    QFETCH(QString, path);
     QFETCH(QList<MsgAnswer>, answers);
     QTemporaryDir tmp;
-    Program p(tmp.path(), tmp.filePath(QStringLiteral("gone")));
+    // A directory that is no mount point stands for a disk that was pulled.
+    const QString drive = driveMounted ? QStringLiteral("/") : tmp.path();
+    Program p(tmp.path(), tmp.filePath(path), drive);
     ScriptedMsgBox boxes;
     for (MsgAnswer answer : answers)
         boxes.queue(answer);
     p.inDialog([&](const Dialog& d) { QVERIFY(d.form->isVisible()); });
     QCOMPARE(boxes.shown().size(), answers.size());
     for (const MsgBoxRequest& box : boxes.shown()) {
-        QCOMPARE(box.prompt, QStringLiteral("Drive ") + tmp.path() +
+        QCOMPARE(box.prompt, QStringLiteral("Drive ") + drive +
                                  QStringLiteral(" is not currently mapped or is otherwise "
                                                 "unavailable."));
         QCOMPARE(box.title, QStringLiteral("Device Not Found"));
