@@ -81,18 +81,6 @@ private Q_SLOTS:
         QCOMPARE(texts(list), sorted);
     }
 
-    void variousFilesForm() {
-        VarFileList list;
-        QCOMPARE(list.toVariousFiles(), QStringList{QString()});
-        list.addNative({"/d/caf\xe9", "/d/b"});
-        const QStringList files = list.toVariousFiles();
-        QCOMPARE(files.size(), 2);
-        QCOMPARE(files.at(0), QStringLiteral("/d/b"));
-        VarFileList back;
-        back.addText(files);
-        QCOMPARE(back.at(1).native, QByteArray("/d/caf\xe9"));
-    }
-
     // What a saved list holds, and that reading it gives the same list.
     void savesOnePathPerLine() {
         QTemporaryDir dir;
