@@ -1,20 +1,16 @@
 #include "ui/editor/DestPathsPage.h"
 
 #include "platform/MsgBox.h"
-#include "platform/Volumes.h"
 #include "ui/controls/DirList.h"
 #include "ui/controls/DriveList.h"
 #include "ui/controls/ProgramObjects.h"
+#include "ui/editor/PathBrowser.h"
 #include "ui/editor/frmCESpecs.h"
 
 #include <QComboBox>
-#include <QDir>
-#include <QFile>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QLineEdit>
-#include <QListView>
 #include <QListWidget>
 #include <QPushButton>
 #include <QSignalBlocker>
@@ -31,15 +27,6 @@ int selectedRow(const QListWidget* list) {
     return item != nullptr && item->isSelected() ? list->row(item) : -1;
 }
 
-// The drive of a path as the messages name it: the mount point of the file system that holds
-// it, or, for a name that is not an absolute path here (a drive-letter path of a spec written
-// on Windows), its drive letter.
-QString driveOf(const QString& path) {
-    if (!QDir::isAbsolutePath(path))
-        return path.left(1) + u':';
-    return QString::fromLocal8Bit(Volumes::mountPointOf(QFile::encodeName(path)));
-}
-
 } // namespace
 
 DestPathsPage::DestPathsPage(frmCESpecs& editor, QWidget* parent) : EditorPage(editor, parent) {
@@ -49,29 +36,7 @@ DestPathsPage::DestPathsPage(frmCESpecs& editor, QWidget* parent) : EditorPage(e
     auto* lblGroups = new QLabel(QStringLiteral("File &Group:"), this);
     lblGroups->setBuddy(cboDPFGs);
 
-    drvDPDrives = new DriveList(this);
-    drvDPDrives->setObjectName(QStringLiteral("drvDPDrives"));
-    drvDPDrives->setAccessibleName(QStringLiteral("Drive"));
-    drvDPDrives->view()->setAccessibleName(QStringLiteral("Drives"));
-    auto* lblDrives = new QLabel(QStringLiteral("Dri&ve:"), this);
-    lblDrives->setBuddy(drvDPDrives);
-
-    dirDPDirs = new DirList(this);
-    dirDPDirs->setObjectName(QStringLiteral("dirDPDirs"));
-    dirDPDirs->setAccessibleName(QStringLiteral("Directories"));
-    auto* lblDirs = new QLabel(QStringLiteral("Director&ies:"), this);
-    lblDirs->setBuddy(dirDPDirs);
-
-    // As on the Source Paths page: the caption copies the browsed directory into the path box.
-    lblDPCurPath = new QPushButton(QStringLiteral("C&urrent Path:"), this);
-    lblDPCurPath->setObjectName(QStringLiteral("lblDPCurPath"));
-    lblDPCurPath->setFlat(true);
-    lblDPCurPath->setAccessibleName(QStringLiteral("Current Path"));
-    lblDPCurPath->setAccessibleDescription(
-        QStringLiteral("Copies the directory shown in the browser into the path to add"));
-    txtDPCurPath = new QLineEdit(this);
-    txtDPCurPath->setObjectName(QStringLiteral("txtDPCurPath"));
-    txtDPCurPath->setAccessibleName(QStringLiteral("Path to add"));
+    m_browser = new PathBrowser(QStringLiteral("DP"), this);
 
     lstDPList = new QListWidget(this);
     lstDPList->setObjectName(QStringLiteral("lstDPList"));
@@ -92,30 +57,21 @@ DestPathsPage::DestPathsPage(frmCESpecs& editor, QWidget* parent) : EditorPage(e
         buttons->addWidget(b);
     }
     auto* layout = new QGridLayout(this);
-    layout->addWidget(lblDrives, 0, 0);
-    layout->addWidget(drvDPDrives, 1, 0);
-    layout->addWidget(lblDirs, 2, 0);
-    layout->addWidget(dirDPDirs, 3, 0, 3, 1);
+    layout->addWidget(m_browser->drivesCaption, 0, 0);
+    layout->addWidget(m_browser->drives, 1, 0);
+    layout->addWidget(m_browser->directoriesCaption, 2, 0);
+    layout->addWidget(m_browser->directories, 3, 0, 3, 1);
     layout->addWidget(lblGroups, 0, 1);
     layout->addWidget(cboDPFGs, 1, 1);
     layout->addWidget(lblList, 2, 1);
     layout->addWidget(lstDPList, 3, 1, 3, 1);
     layout->addLayout(buttons, 6, 1);
-    auto* path = new QHBoxLayout;
-    path->addWidget(lblDPCurPath);
-    path->addWidget(txtDPCurPath, 1);
-    layout->addLayout(path, 7, 0, 1, 2);
+    layout->addLayout(m_browser->pathRow, 7, 0, 1, 2);
     layout->setRowStretch(5, 1);
     layout->setColumnStretch(0, 1);
     layout->setColumnStretch(1, 1);
 
     connect(cboDPFGs, &QComboBox::activated, this, &DestPathsPage::cboDPFGs_Click);
-    connect(drvDPDrives, &DriveList::driveChanged, this, &DestPathsPage::drvDPDrives_Change);
-    connect(dirDPDirs, &DirList::pathChanged, this, &DestPathsPage::dirDPDirs_Change);
-    connect(lblDPCurPath, &QPushButton::clicked, this, [this] {
-        lblDPCurPath_Click();
-        txtDPCurPath->setFocus();
-    });
     connect(lstDPList, &QListWidget::clicked, this, &DestPathsPage::lstDPList_Click);
     connect(lstDPList, &QListWidget::currentRowChanged, this, &DestPathsPage::lstDPList_Click);
     connect(cmdDPAdd, &QPushButton::clicked, this, &DestPathsPage::cmdDPAdd_Click);
@@ -154,39 +110,15 @@ void DestPathsPage::cboDPFGs_Click() {
 }
 
 Result<void> DestPathsPage::browseTo(const QString& drive, const QString& path) {
-    if (Result<void> r = drvDPDrives->setMountedDrive(drive); !r)
-        return r;
-    if (Result<void> r = dirDPDirs->setPath(path); !r)
-        return r;
-    txtDPCurPath->setText(path);
-    return {};
+    return m_browser->browseTo(drive, path);
 }
 
 void DestPathsPage::fallBackTo(const QString& drive) {
-    (void)drvDPDrives->setDrive(drive);
-    dirDPDirs_Change();
+    m_browser->fallBackTo(drive);
 }
 
 void DestPathsPage::refreshBrowser() {
-    drvDPDrives->refresh();
-    dirDPDirs->refresh();
-}
-
-void DestPathsPage::drvDPDrives_Change(const QString& drive) {
-    const Result<void> opened = dirDPDirs->setPath(drive);
-    if (opened || opened.error().number() != ErrNo::DeviceUnavailable)
-        return;
-    MsgBox(QStringLiteral("Drive ") + drive + QStringLiteral(" is unavailable or is not ready."),
-           MsgButtons::OK, MsgIcon::Exclamation, QStringLiteral("Device Not Available"));
-    (void)drvDPDrives->setDrive(dirDPDirs->Path());
-}
-
-void DestPathsPage::dirDPDirs_Change() {
-    txtDPCurPath->setText(dirDPDirs->Path());
-}
-
-void DestPathsPage::lblDPCurPath_Click() {
-    txtDPCurPath->setText(dirDPDirs->Path());
+    m_browser->refresh();
 }
 
 void DestPathsPage::lstDPList_Click() {
@@ -201,7 +133,7 @@ void DestPathsPage::cmdDPAdd_Click() {
                MsgButtons::OK, MsgIcon::Exclamation, QStringLiteral("No File Group"));
         return;
     }
-    const QString path = txtDPCurPath->text();
+    const QString path = m_browser->path();
     for (int i = 0; i < lstDPList->count(); ++i) {
         if (lstDPList->item(i)->text() == path) {
             MsgBox(QStringLiteral("Destination Path '") + path +
@@ -250,26 +182,8 @@ void DestPathsPage::cmdDPEdit_Click() {
         return;
     const QString name = lstDPList->item(row)->text();
     m_editor.beginEdit(3, row);
-    Result<void> opened = drvDPDrives->setDrive(name);
-    if (opened)
-        opened = dirDPDirs->setPath(name);
-    if (opened)
-        return;
-    switch (opened.error().number()) {
-    case ErrNo::PathNotFound:
-        MsgBox(QStringLiteral("Destination Path ") + name + QStringLiteral(" does not exist."),
-               MsgButtons::OK, MsgIcon::Exclamation, QStringLiteral("Path Not Found"));
-        break;
-    case ErrNo::DeviceUnavailable:
-        MsgBox(QStringLiteral("Drive ") + driveOf(name) +
-                   QStringLiteral(" is not currently mapped or is otherwise unavailable."),
-               MsgButtons::OK, MsgIcon::Exclamation, QStringLiteral("Device Not Found"));
-        break;
-    default:
-        ShowErrorReport(opened.error(), QStringLiteral("Edit Destination Path"));
-        return;
-    }
-    txtDPCurPath->setText(name);
+    m_browser->openAtEntry(name, QStringLiteral("Destination Path"),
+                           QStringLiteral("Edit Destination Path"));
 }
 
 void DestPathsPage::cmdDPDelete_Click() {

@@ -3,13 +3,11 @@
 #include "ui/editor/EditorPage.h"
 
 class QComboBox;
-class QLineEdit;
 class QListWidget;
 
 namespace ondrel {
 
-class DirList;
-class DriveList;
+class PathBrowser;
 class clsFileGroup;
 
 // The editor's page of the destination paths of one file group of the source path chosen above,
@@ -30,20 +28,14 @@ public:
     void cmdDPAdd_Click();
     void cmdDPEdit_Click();
     void cmdDPDelete_Click();
-    void lblDPCurPath_Click();
 
 private:
-    void drvDPDrives_Change(const QString& drive);
-    void dirDPDirs_Change();
     void lstDPList_Click();
     // The group chosen in cboDPFGs, of the source path chosen in the editor's chooser.
     clsFileGroup& chosenGroup() const;
 
     QComboBox* cboDPFGs = nullptr;
-    DriveList* drvDPDrives = nullptr;
-    DirList* dirDPDirs = nullptr;
-    QLineEdit* txtDPCurPath = nullptr;
-    QPushButton* lblDPCurPath = nullptr;
+    PathBrowser* m_browser = nullptr;
     QListWidget* lstDPList = nullptr;
     QPushButton* cmdDPAdd = nullptr;
     QPushButton* cmdDPEdit = nullptr;

@@ -1,20 +1,16 @@
 #include "ui/editor/SourcePathsPage.h"
 
 #include "platform/MsgBox.h"
-#include "platform/Volumes.h"
 #include "ui/controls/DirList.h"
 #include "ui/controls/DriveList.h"
 #include "ui/controls/ProgramObjects.h"
+#include "ui/editor/PathBrowser.h"
 #include "ui/editor/frmCESpecs.h"
 
 #include <QComboBox>
-#include <QDir>
-#include <QFile>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QLineEdit>
-#include <QListView>
 #include <QListWidget>
 #include <QPushButton>
 
@@ -32,42 +28,10 @@ int selectedRow(const QListWidget* list) {
     return item != nullptr && item->isSelected() ? list->row(item) : -1;
 }
 
-// The drive of a path as the messages name it: the mount point of the file system that holds
-// it, or, for a name that is not an absolute path here (a drive-letter path of a spec written
-// on Windows), its drive letter.
-QString driveOf(const QString& path) {
-    if (!QDir::isAbsolutePath(path))
-        return path.left(1) + u':';
-    return QString::fromLocal8Bit(Volumes::mountPointOf(QFile::encodeName(path)));
-}
-
 } // namespace
 
 SourcePathsPage::SourcePathsPage(frmCESpecs& editor, QWidget* parent) : EditorPage(editor, parent) {
-    drvSPDrives = new DriveList(this);
-    drvSPDrives->setObjectName(QStringLiteral("drvSPDrives"));
-    drvSPDrives->setAccessibleName(QStringLiteral("Drive"));
-    drvSPDrives->view()->setAccessibleName(QStringLiteral("Drives"));
-    auto* lblDrives = new QLabel(QStringLiteral("Dri&ve:"), this);
-    lblDrives->setBuddy(drvSPDrives);
-
-    dirSPDirs = new DirList(this);
-    dirSPDirs->setObjectName(QStringLiteral("dirSPDirs"));
-    dirSPDirs->setAccessibleName(QStringLiteral("Directories"));
-    auto* lblDirs = new QLabel(QStringLiteral("Director&ies:"), this);
-    lblDirs->setBuddy(dirSPDirs);
-
-    // A click on the caption copies the browsed directory into the path box; as a flat button
-    // it is also reached by Tab and by its access key, which then leaves the user in the box.
-    lblSPCurPath = new QPushButton(QStringLiteral("C&urrent Path:"), this);
-    lblSPCurPath->setObjectName(QStringLiteral("lblSPCurPath"));
-    lblSPCurPath->setFlat(true);
-    lblSPCurPath->setAccessibleName(QStringLiteral("Current Path"));
-    lblSPCurPath->setAccessibleDescription(
-        QStringLiteral("Copies the directory shown in the browser into the path to add"));
-    txtSPCurPath = new QLineEdit(this);
-    txtSPCurPath->setObjectName(QStringLiteral("txtSPCurPath"));
-    txtSPCurPath->setAccessibleName(QStringLiteral("Path to add"));
+    m_browser = new PathBrowser(QStringLiteral("SP"), this);
 
     lstSPList = new QListWidget(this);
     lstSPList->setObjectName(QStringLiteral("lstSPList"));
@@ -90,27 +54,18 @@ SourcePathsPage::SourcePathsPage(frmCESpecs& editor, QWidget* parent) : EditorPa
         buttons->addWidget(b);
     }
     auto* layout = new QGridLayout(this);
-    layout->addWidget(lblDrives, 0, 0);
-    layout->addWidget(drvSPDrives, 1, 0);
-    layout->addWidget(lblDirs, 2, 0);
-    layout->addWidget(dirSPDirs, 3, 0);
+    layout->addWidget(m_browser->drivesCaption, 0, 0);
+    layout->addWidget(m_browser->drives, 1, 0);
+    layout->addWidget(m_browser->directoriesCaption, 2, 0);
+    layout->addWidget(m_browser->directories, 3, 0);
     layout->addWidget(lblList, 0, 1);
     layout->addWidget(lstSPList, 1, 1, 3, 1);
     layout->addLayout(buttons, 4, 1);
-    auto* path = new QHBoxLayout;
-    path->addWidget(lblSPCurPath);
-    path->addWidget(txtSPCurPath, 1);
-    layout->addLayout(path, 5, 0, 1, 2);
+    layout->addLayout(m_browser->pathRow, 5, 0, 1, 2);
     layout->setRowStretch(3, 1);
     layout->setColumnStretch(0, 1);
     layout->setColumnStretch(1, 1);
 
-    connect(drvSPDrives, &DriveList::driveChanged, this, &SourcePathsPage::drvSPDrives_Change);
-    connect(dirSPDirs, &DirList::pathChanged, this, &SourcePathsPage::dirSPDirs_Change);
-    connect(lblSPCurPath, &QPushButton::clicked, this, [this] {
-        lblSPCurPath_Click();
-        txtSPCurPath->setFocus();
-    });
     connect(lstSPList, &QListWidget::itemChanged, this, &SourcePathsPage::lstSPList_ItemCheck);
     connect(lstSPList, &QListWidget::clicked, this, &SourcePathsPage::lstSPList_Click);
     connect(lstSPList, &QListWidget::currentRowChanged, this, &SourcePathsPage::lstSPList_Click);
@@ -138,39 +93,15 @@ void SourcePathsPage::addEntry(const QString& name, bool checked) {
 }
 
 Result<void> SourcePathsPage::browseTo(const QString& drive, const QString& path) {
-    if (Result<void> r = drvSPDrives->setMountedDrive(drive); !r)
-        return r;
-    if (Result<void> r = dirSPDirs->setPath(path); !r)
-        return r;
-    txtSPCurPath->setText(path);
-    return {};
+    return m_browser->browseTo(drive, path);
 }
 
 void SourcePathsPage::fallBackTo(const QString& drive) {
-    (void)drvSPDrives->setDrive(drive);
-    dirSPDirs_Change();
+    m_browser->fallBackTo(drive);
 }
 
 void SourcePathsPage::refreshBrowser() {
-    drvSPDrives->refresh();
-    dirSPDirs->refresh();
-}
-
-void SourcePathsPage::drvSPDrives_Change(const QString& drive) {
-    const Result<void> opened = dirSPDirs->setPath(drive);
-    if (opened || opened.error().number() != ErrNo::DeviceUnavailable)
-        return;
-    MsgBox(QStringLiteral("Drive ") + drive + QStringLiteral(" is unavailable or is not ready."),
-           MsgButtons::OK, MsgIcon::Exclamation, QStringLiteral("Device Not Available"));
-    (void)drvSPDrives->setDrive(dirSPDirs->Path());
-}
-
-void SourcePathsPage::dirSPDirs_Change() {
-    txtSPCurPath->setText(dirSPDirs->Path());
-}
-
-void SourcePathsPage::lblSPCurPath_Click() {
-    txtSPCurPath->setText(dirSPDirs->Path());
+    m_browser->refresh();
 }
 
 void SourcePathsPage::lstSPList_Click() {
@@ -185,7 +116,7 @@ void SourcePathsPage::lstSPList_ItemCheck(QListWidgetItem* item) {
 }
 
 void SourcePathsPage::cmdSPAdd_Click() {
-    const QString path = txtSPCurPath->text();
+    const QString path = m_browser->path();
     for (int i = 0; i < lstSPList->count(); ++i) {
         if (lstSPList->item(i)->text() == path) {
             MsgBox(QStringLiteral("Source Path '") + path +
@@ -235,26 +166,7 @@ void SourcePathsPage::cmdSPEdit_Click() {
         return;
     }
     m_editor.beginEdit(1, row);
-    Result<void> opened = drvSPDrives->setDrive(name);
-    if (opened)
-        opened = dirSPDirs->setPath(name);
-    if (opened)
-        return;
-    switch (opened.error().number()) {
-    case ErrNo::PathNotFound:
-        MsgBox(QStringLiteral("Source Path ") + name + QStringLiteral(" does not exist."),
-               MsgButtons::OK, MsgIcon::Exclamation, QStringLiteral("Path Not Found"));
-        break;
-    case ErrNo::DeviceUnavailable:
-        MsgBox(QStringLiteral("Drive ") + driveOf(name) +
-                   QStringLiteral(" is not currently mapped or is otherwise unavailable."),
-               MsgButtons::OK, MsgIcon::Exclamation, QStringLiteral("Device Not Found"));
-        break;
-    default:
-        ShowErrorReport(opened.error(), QStringLiteral("Edit Source Path"));
-        return;
-    }
-    txtSPCurPath->setText(name);
+    m_browser->openAtEntry(name, QStringLiteral("Source Path"), QStringLiteral("Edit Source Path"));
 }
 
 void SourcePathsPage::cmdSPDelete_Click() {

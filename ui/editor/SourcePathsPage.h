@@ -2,14 +2,12 @@
 
 #include "ui/editor/EditorPage.h"
 
-class QLineEdit;
 class QListWidget;
 class QListWidgetItem;
 
 namespace ondrel {
 
-class DirList;
-class DriveList;
+class PathBrowser;
 
 // The editor's page of the source paths of the spec, with a browser to pick them and a check box
 // per entry for its sub-directories. The list holds the chooser's names in the chooser's order,
@@ -29,19 +27,13 @@ public:
     void cmdSPAdd_Click();
     void cmdSPEdit_Click();
     void cmdSPDelete_Click();
-    void lblSPCurPath_Click();
 
 private:
-    void drvSPDrives_Change(const QString& drive);
-    void dirSPDirs_Change();
     void lstSPList_Click();
     void lstSPList_ItemCheck(QListWidgetItem* item);
     void addEntry(const QString& name, bool checked);
 
-    DriveList* drvSPDrives = nullptr;
-    DirList* dirSPDirs = nullptr;
-    QLineEdit* txtSPCurPath = nullptr;
-    QPushButton* lblSPCurPath = nullptr;
+    PathBrowser* m_browser = nullptr;
     QListWidget* lstSPList = nullptr;
     QPushButton* cmdSPAdd = nullptr;
     QPushButton* cmdSPEdit = nullptr;
