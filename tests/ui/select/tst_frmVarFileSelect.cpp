@@ -398,14 +398,12 @@ void tst_frmVarFileSelect::keyboardScreenReadersAndHelp() {
     Program p(tmp.path());
     ScriptedHelp help;
     p.inDialog([&](const Dialog& d) {
-        QSet<QChar> keys;
-        QList<QWidget*> controls;
+        QMap<QChar, QWidget*> byKey;
         for (QWidget* w : d.form->findChildren<QWidget*>()) {
             static const QRegularExpression control(
                 QStringLiteral("^(drv|dir|fil|txt|cmd|chk|lst)"));
             if (w->focusPolicy() == Qt::NoFocus || !control.match(w->objectName()).hasMatch())
                 continue;
-            controls.append(w);
             QAccessibleInterface* a = QAccessible::queryAccessibleInterface(w);
             QVERIFY2(a && !a->text(QAccessible::Name).isEmpty(), qPrintable(w->objectName()));
             // Its access key: its own caption's, or its label's.
@@ -415,25 +413,35 @@ void tst_frmVarFileSelect::keyboardScreenReadersAndHelp() {
             for (QLabel* l : d.form->findChildren<QLabel*>())
                 caption = l->buddy() == w ? l->text() : caption;
             const qsizetype amp = caption.indexOf(u'&');
-            QVERIFY2(amp >= 0, qPrintable(w->objectName()));
-            const QChar key = caption.at(amp + 1).toLower();
-            QVERIFY2(!keys.contains(key), qPrintable(w->objectName()));
-            keys.insert(key);
+            QVERIFY2(amp >= 0 && !byKey.contains(caption.at(amp + 1).toUpper()),
+                     qPrintable(w->objectName()));
+            byKey.insert(caption.at(amp + 1).toUpper(), w);
         }
-        QCOMPARE(controls.size(), 18);
+        QCOMPARE(byKey.size(), 18);
         // Tab visits each control once.
         QSet<QWidget*> visited;
         d.find("drvVarDrives")->setFocus();
-        for (int i = 0; i < controls.size(); ++i) {
+        for (int i = 0; i < byKey.size(); ++i) {
             visited.insert(QApplication::focusWidget());
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
         }
-        for (QWidget* w : controls)
-            QVERIFY2(visited.contains(w) || visited.contains(w->focusProxy()),
-                     qPrintable(w->objectName()));
-        d.click("cmdHelp");
+        QCOMPARE(visited.size(), byKey.size());
+        // Its access key presses each button (OK and Cancel would end the test) and takes the
+        // focus to each other control.
+        for (auto [key, w] : byKey.asKeyValueRange()) {
+            if (w == d.find("cmdOK") || w == d.find("cmdCancel"))
+                continue;
+            auto* button = qobject_cast<QAbstractButton*>(w);
+            QSignalSpy clicked(button ? button : d.find<QAbstractButton>("cmdOK"),
+                               &QAbstractButton::clicked);
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key(key.unicode()), Qt::AltModifier);
+            if (button)
+                QTRY_COMPARE(clicked.count(), 1);
+            else
+                QVERIFY2(QApplication::focusWidget() == w, qPrintable(w->objectName()));
+        }
+        QTRY_COMPARE(help.requests(), (QList<HelpRequest>{{31, HelpCommand::Context}}));
     });
-    QCOMPARE(help.requests(), (QList<HelpRequest>{{31, HelpCommand::Context}}));
 }
 
 QTEST_MAIN(tst_frmVarFileSelect)
