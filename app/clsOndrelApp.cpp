@@ -115,19 +115,25 @@ void clsOndrelApp::ReadOPTFile(const QString& FileName) {
         const QString text = ReadProfileValue(file, kSection, field.key);
         if (text.isEmpty())
             continue;
-        std::visit(
-            [&](auto member) {
-                using T = std::remove_reference_t<decltype(this->*member)>;
-                if constexpr (std::is_same_v<T, qint32>)
-                    this->*member = Convert::toLong(text).valueOrThrow();
-                else if constexpr (std::is_same_v<T, qint16>)
-                    this->*member = Convert::toInteger(text).valueOrThrow();
-                else if constexpr (std::is_same_v<T, bool>)
-                    this->*member = Convert::toBoolean(text).valueOrThrow();
-                else
-                    this->*member = text;
-            },
-            field.member);
+        try {
+            std::visit(
+                [&](auto member) {
+                    using T = std::remove_reference_t<decltype(this->*member)>;
+                    if constexpr (std::is_same_v<T, qint32>)
+                        this->*member = Convert::toLong(text).valueOrThrow();
+                    else if constexpr (std::is_same_v<T, qint16>)
+                        this->*member = Convert::toInteger(text).valueOrThrow();
+                    else if constexpr (std::is_same_v<T, bool>)
+                        this->*member = Convert::toBoolean(text).valueOrThrow();
+                    else
+                        this->*member = text;
+                },
+                field.member);
+        } catch (const Error& error) {
+            // The error passes on with its number and description; its source names the line
+            // that would not convert, so whoever reports it can say which one to mend.
+            throw Error(error.number(), error.description(), field.key + QLatin1Char('=') + text);
+        }
     }
 }
 

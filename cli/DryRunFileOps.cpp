@@ -12,6 +12,9 @@ const QString kSource = QStringLiteral("DryRunFileOps");
 
 constexpr int kSettableAttributes = Attr::ReadOnly | Attr::Hidden | Attr::System | Attr::Archive;
 
+// The device of the copies a dry run would make.
+constexpr dev_t kNoDisk = dev_t(-1);
+
 } // namespace
 
 DryRunFileOps::DryRunFileOps(std::function<void(const QString&)> report)
@@ -42,25 +45,35 @@ bool DryRunFileOps::directoryExists(const QByteArray& dir) const {
     return m_made.contains(d) || FileSystem::checkDirectory(d).ok();
 }
 
-Result<void> DryRunFileOps::makeDirectory(const QByteArray& path) {
+Result<void> DryRunFileOps::makeDirectory(const QByteArray& path, int) {
     const QByteArray dir = NativePath::withoutTrailingSeparator(path);
     // Anything of that name, a directory or a file, keeps the directory from being made.
     if (m_made.contains(dir) || FileSystem::status(dir).ok())
         return Error(ErrNo::PathFileAccess, kSource);
-    if (!directoryExists(NativePath::parentOf(dir)))
+    const QByteArray parent = NativePath::parentOf(dir);
+    if (!directoryExists(parent))
         return Error(ErrNo::PathNotFound, kSource);
+    if (!m_made.contains(parent)) {
+        if (const Result<void> writable = FileSystem::checkAccess(parent, Access::Write);
+            !writable.ok())
+            return writable.error();
+    }
     m_made.insert(dir);
     m_report(QStringLiteral("make directory ") + FileSystem::displayPath(dir));
     return {};
 }
 
-Result<FileStatus> DryRunFileOps::copyFile(const QByteArray& source, const QByteArray& destination,
+Result<CopiedFile> DryRunFileOps::copyFile(const QByteArray& source, const QByteArray& destination,
                                            DestinationHint) {
-    if (!directoryExists(NativePath::parentOf(destination)))
+    const QByteArray dir = NativePath::parentOf(destination);
+    if (!directoryExists(dir))
         return Error(ErrNo::PathNotFound, kSource);
     const Result<FileStatus> from = status(source);
     if (!from.ok())
         return from.error();
+    // The real copy opens the source for reading and writes beside the destination.
+    if (const Result<void> readable = FileSystem::checkAccess(source, Access::Read); !readable.ok())
+        return readable.error();
     const Result<FileStatus> to = status(destination);
     if (to.ok()) {
         // The same refusals as the real copy: a read-only destination, the source itself, a
@@ -70,17 +83,22 @@ Result<FileStatus> DryRunFileOps::copyFile(const QByteArray& source, const QByte
         if ((to->device == from->device && to->inode == from->inode) || to->isDirectory)
             return Error(ErrNo::PathFileAccess, kSource);
     }
+    if (!m_made.contains(dir)) {
+        if (const Result<void> writable = FileSystem::checkAccess(dir, Access::Write);
+            !writable.ok())
+            return writable.error();
+    }
     m_report(QStringLiteral("copy ") + FileSystem::displayPath(source) + QStringLiteral(" -> ") +
              FileSystem::displayPath(destination));
     // The copy reads as the source does, a new file due for archiving.
     FileStatus copy = from.value();
     copy.attributes =
         (copy.attributes & (Attr::ReadOnly | Attr::Hidden | Attr::System)) | Attr::Archive;
-    copy.device = 0;
-    copy.inode = 0;
+    copy.device = kNoDisk;
+    copy.inode = ++m_lastCopy;
     m_copied.insert(destination, copy);
     m_attributes.remove(destination);
-    return from;
+    return CopiedFile{from.value(), copy.device, copy.inode};
 }
 
 Result<void> DryRunFileOps::setAttributes(const QByteArray& path, int attributes) {
@@ -103,6 +121,12 @@ Result<void> DryRunFileOps::deleteFile(const QByteArray& path) {
         return current.error();
     if (current->attributes & Attr::ReadOnly)
         return Error(ErrNo::PermissionDenied, kSource);
+    const QByteArray dir = NativePath::parentOf(path);
+    if (!m_made.contains(dir)) {
+        if (const Result<void> writable = FileSystem::checkAccess(dir, Access::Write);
+            !writable.ok())
+            return writable.error();
+    }
     m_deleted.insert(path);
     m_report(QStringLiteral("delete ") + FileSystem::displayPath(path));
     return {};

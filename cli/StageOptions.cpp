@@ -208,10 +208,13 @@ QString StageOptions::usage() {
         "Ctrl-C cancels the run as its Cancel button does: no source is deleted, the\n"
         "log is finished and the summary printed. A second Ctrl-C ends it at once.\n"
         "\n"
-        "Exit status: 0 staged without problem files; 1 staged, with problem files or\n"
-        "sources that could not be deleted; 2 cancelled; 64 bad command line, or an\n"
-        "options, file-list or log file that cannot be used; 65 the spec file did not\n"
-        "load.\n");
+        "Exit status: 0 nothing went wrong; 1 something did (an error message, a\n"
+        "problem file, a source that was not deleted: the path follows each message);\n"
+        "2 cancelled; 64 bad command line, or an options, file-list or log file that\n"
+        "cannot be used; 65 the spec file did not load.\n"
+        "\n"
+        "How to write a spec file, the keys of the options file and how masks match:\n"
+        "see \"Writing a job\" in README.md.\n");
 }
 
 } // namespace ondrel

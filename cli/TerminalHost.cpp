@@ -140,20 +140,32 @@ void TerminalHost::printLine(const QString& line) {
 
 MsgAnswer TerminalHost::ask(const QString& prompt, MsgButtons buttons, MsgIcon icon,
                             const QString& title) {
+    return askAbout({}, prompt, buttons, icon, title);
+}
+
+MsgAnswer TerminalHost::askAbout(const QByteArray& path, const QString& prompt, MsgButtons buttons,
+                                 MsgIcon icon, const QString& title) {
     (void)icon;
     clearProgress();
     std::fflush(stdout);
+    // The texts of the boxes stay as they are; which file or directory they are about follows
+    // on a line of its own.
+    const QString pathLine =
+        path.isEmpty() ? QString() : QStringLiteral("  path: ") + FileSystem::displayPath(path);
+    const auto printed = [&](const QString& text) {
+        put(stderr, title + QStringLiteral(": ") + terminalText(prompt) + text + u'\n' +
+                        (pathLine.isEmpty() ? QString() : pathLine + u'\n'));
+    };
     if (buttons == MsgButtons::OK) {
-        put(stderr, title + QStringLiteral(": ") + terminalText(prompt) + u'\n');
+        printed({});
         return MsgAnswer::OK;
     }
     if (interrupted())
         return cancelAnswer(buttons);
     if (m_asking == Asking::OnTerminal)
-        return askOnTerminal(prompt, buttons, title);
+        return askOnTerminal(prompt, pathLine, buttons, title);
     const MsgAnswer answer = answerFromOptions(buttons);
-    put(stderr, title + QStringLiteral(": ") + terminalText(prompt) +
-                    QStringLiteral(" (answered ") + answerName(answer) + QStringLiteral(")\n"));
+    printed(QStringLiteral(" (answered ") + answerName(answer) + u')');
     return answer;
 }
 
@@ -176,8 +188,8 @@ MsgAnswer TerminalHost::answerFromOptions(MsgButtons buttons) const {
     return MsgAnswer::OK;
 }
 
-MsgAnswer TerminalHost::askOnTerminal(const QString& prompt, MsgButtons buttons,
-                                      const QString& title) {
+MsgAnswer TerminalHost::askOnTerminal(const QString& prompt, const QString& pathLine,
+                                      MsgButtons buttons, const QString& title) {
     const std::vector<Choice> choices = choicesFor(buttons);
     const MsgAnswer fallback = answerFromOptions(buttons);
     QStringList offered;
@@ -187,7 +199,8 @@ MsgAnswer TerminalHost::askOnTerminal(const QString& prompt, MsgButtons buttons,
     }
     const QString question = offered.join(QStringLiteral(", ")) + QStringLiteral(" (Enter: ") +
                              answerName(fallback) + QStringLiteral(")? ");
-    put(stderr, u'\n' + title + u'\n' + terminalText(prompt) + u'\n');
+    put(stderr, u'\n' + title + u'\n' + terminalText(prompt) + u'\n' +
+                    (pathLine.isEmpty() ? QString() : pathLine + u'\n'));
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         put(stderr, question);
         std::fflush(stderr);

@@ -38,6 +38,9 @@ public:
 
     MsgAnswer ask(const QString& prompt, MsgButtons buttons, MsgIcon icon,
                   const QString& title) override;
+    // The question as ask() puts it, followed by a line naming the path it concerns.
+    MsgAnswer askAbout(const QByteArray& path, const QString& prompt, MsgButtons buttons,
+                       MsgIcon icon, const QString& title) override;
     void showSourcePath(const QString& text) override { (void)text; }
     void showFileGroup(const QString& text) override { (void)text; }
     void showDirectory(const QString& text) override;
@@ -54,7 +57,8 @@ private:
         QString line;
     };
     MsgAnswer answerFromOptions(MsgButtons buttons) const;
-    MsgAnswer askOnTerminal(const QString& prompt, MsgButtons buttons, const QString& title);
+    MsgAnswer askOnTerminal(const QString& prompt, const QString& pathLine, MsgButtons buttons,
+                            const QString& title);
     static Reply readLine();
     void drawProgress();
     void clearProgress();

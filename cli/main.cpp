@@ -57,8 +57,10 @@ bool readOptions(clsOndrelApp& settings, const QString& named) {
     try {
         settings.ReadOPTFile(file);
     } catch (const Error& error) {
+        // The error's source names the line that would not convert ("CreateDirs=maybe").
         printError(QStringLiteral("error ") + QString::number(error.number()) +
                    QStringLiteral(" reading the options file ") + file + QStringLiteral(": ") +
+                   (error.source().isEmpty() ? QString() : error.source() + QStringLiteral(": ")) +
                    error.description());
         return false;
     }
@@ -106,10 +108,12 @@ bool openLog(StagingLog& log, const QString& fileName) {
     return opened.ok();
 }
 
+// 0 only when nothing went wrong: any error the run reported (a line of the log, a box) counts,
+// also one that left no problem file behind, such as a directory that could not be read.
 int exitStatus(const RunState& state) {
     if (state.Cancelled)
         return kCancelled;
-    if (!state.ProblemFiles.isEmpty() || !state.UndeletedFiles.isEmpty())
+    if (state.errorReported || !state.ProblemFiles.isEmpty() || !state.UndeletedFiles.isEmpty())
         return kProblems;
     return kCompleted;
 }

@@ -144,32 +144,14 @@ int readWriteCopy(int in, int out, off_t offset, qint64 limit) {
     return 0;
 }
 
-// The first size bytes of in to out, by the cheapest means the file systems offer: a shared
-// extent, an in-kernel copy, or reading and writing. 0 or an errno value.
-int copyContent(int in, int out, qint64 size, dev_t sourceDevice) {
-    // A size of 0 may be a pseudo-file whose content only reading reveals.
-    if (size <= 0)
-        return readWriteCopy(in, out, 0, -1);
-#ifdef FICLONE
-    // Most file systems cannot share extents; once one has said so, it is not asked per file.
-    thread_local dev_t noCloneDevice = 0;
-    thread_local bool noCloneKnown = false;
-    if (!noCloneKnown || noCloneDevice != sourceDevice) {
-        if (::ioctl(out, FICLONE, in) == 0)
-            return 0;
-        if (unsupported(errno) || errno == EINVAL || errno == EXDEV || errno == ENOTTY) {
-            noCloneDevice = sourceDevice;
-            noCloneKnown = true;
-        }
-    }
-#else
-    (void)sourceDevice;
-#endif
-    off_t copied = 0;
-    while (copied < size) {
-        const ssize_t n = ::copy_file_range(in, &copied, out, nullptr, size_t(size - copied), 0);
+// Copies length bytes from offset on, at out's file position, by an in-kernel copy where the
+// file systems allow it, otherwise by reading and writing. 0 or an errno value.
+int copyRange(int in, int out, off_t offset, qint64 length) {
+    const off_t end = offset + length;
+    while (offset < end) {
+        const ssize_t n = ::copy_file_range(in, &offset, out, nullptr, size_t(end - offset), 0);
         if (n > 0)
-            continue; // copied has advanced by n
+            continue; // offset has advanced by n
         if (n == 0)
             return 0; // the file shrank while being copied
         const int e = errno;
@@ -177,26 +159,84 @@ int copyContent(int in, int out, qint64 size, dev_t sourceDevice) {
             continue;
         // The output has advanced by what was copied, so reading goes on from there.
         if (e == EXDEV || e == ENOSYS || unsupported(e) || e == EINVAL)
-            return readWriteCopy(in, out, copied, size - copied);
+            return readWriteCopy(in, out, offset, end - offset);
         return e;
     }
     return 0;
 }
 
-// What the copy gives back: the source as it was when its content was read.
-FileStatus copiedStatus(const struct stat& src) {
-    FileStatus copied;
-    copied.size = src.st_size;
-    copied.modified = src.st_mtim.tv_sec;
-    copied.device = src.st_dev;
-    copied.inode = src.st_ino;
-    copied.isRegular = true;
+// Copies a file with holes region by region, leaving the holes out: a 100 MiB image of a few
+// blocks stays a few blocks. 0 or an errno value.
+int copySparse(int in, int out, qint64 size) {
+    off_t data = 0;
+    for (;;) {
+        data = ::lseek(in, data, SEEK_DATA);
+        if (data < 0) {
+            if (errno == ENXIO)
+                break; // only a hole is left
+            return errno;
+        }
+        if (data >= size)
+            break;
+        off_t hole = ::lseek(in, data, SEEK_HOLE);
+        if (hole < 0)
+            return errno;
+        hole = std::min<off_t>(hole, size);
+        if (::lseek(out, data, SEEK_SET) < 0)
+            return errno;
+        if (const int e = copyRange(in, out, data, hole - data))
+            return e;
+        data = hole;
+    }
+    // A hole at the end is given by the length alone.
+    return ::ftruncate(out, size) == 0 ? 0 : errno;
+}
+
+// The first size bytes of in to out, by the cheapest means the file systems offer: a shared
+// extent, an in-kernel copy, or reading and writing; a file with holes keeps them. 0 or an
+// errno value.
+int copyContent(int in, int out, const struct stat& source) {
+    const qint64 size = source.st_size;
+    // A size of 0 may be a pseudo-file whose content only reading reveals.
+    if (size <= 0)
+        return readWriteCopy(in, out, 0, -1);
+#ifdef FICLONE
+    // Most file systems cannot share extents; once one has said so, it is not asked per file.
+    thread_local dev_t noCloneDevice = 0;
+    thread_local bool noCloneKnown = false;
+    if (!noCloneKnown || noCloneDevice != source.st_dev) {
+        if (::ioctl(out, FICLONE, in) == 0)
+            return 0;
+        if (unsupported(errno) || errno == EINVAL || errno == EXDEV || errno == ENOTTY) {
+            noCloneDevice = source.st_dev;
+            noCloneKnown = true;
+        }
+    }
+#endif
+    // Fewer blocks than the length needs: there are holes to keep. A dense file is copied
+    // without a look for them.
+    if (qint64(source.st_blocks) * 512 < size)
+        return copySparse(in, out, size);
+    return copyRange(in, out, 0, size);
+}
+
+// What the copy gives back: the source as it was when its content was read, and the copy.
+CopiedFile copiedFile(const struct stat& src, const struct stat& copy) {
+    CopiedFile copied;
+    copied.source.size = src.st_size;
+    copied.source.modified = src.st_mtim.tv_sec;
+    copied.source.device = src.st_dev;
+    copied.source.inode = src.st_ino;
+    copied.source.permissions = src.st_mode & 07777;
+    copied.source.isRegular = true;
+    copied.device = copy.st_dev;
+    copied.inode = copy.st_ino;
     return copied;
 }
 
 } // namespace
 
-Result<FileStatus> FileCopier::copy(const QByteArray& source, const QByteArray& destination,
+Result<CopiedFile> FileCopier::copy(const QByteArray& source, const QByteArray& destination,
                                     DestinationHint hint) {
     // Copied to several destinations, a file is opened and examined once: the content of each
     // copy is then the file as it was when first opened.
@@ -302,7 +342,7 @@ Result<FileStatus> FileCopier::copy(const QByteArray& source, const QByteArray& 
     if (const int e = errno; !out)
         return directoryError(e, dirPath());
 
-    const auto fail = [&](int e) -> Result<FileStatus> {
+    const auto fail = [&](int e) -> Result<CopiedFile> {
         out.reset();
         if (!temp.isEmpty())
             ::unlinkat(to.dir, temp.constData(), 0);
@@ -310,7 +350,7 @@ Result<FileStatus> FileCopier::copy(const QByteArray& source, const QByteArray& 
     };
 
     CrashPoint::reached();
-    if (const int e = copyContent(inFd, out.get(), src.st_size, src.st_dev))
+    if (const int e = copyContent(inFd, out.get(), src))
         return fail(e);
     // Stored before the mode: without write bits its owner could no longer store it.
     if (const int e = DosAttributes::storeCopied(out.get(), stored))
@@ -321,6 +361,10 @@ Result<FileStatus> FileCopier::copy(const QByteArray& source, const QByteArray& 
     const struct timespec times[2] = {src.st_atim, src.st_mtim};
     CrashPoint::reached();
     if (::futimens(out.get(), times) != 0)
+        return fail(errno);
+    // Which file the destination's name will stand for: a move later checks that it still does.
+    struct stat made {};
+    if (::fstat(out.get(), &made) != 0)
         return fail(errno);
 
     bool renamed = false;
@@ -351,7 +395,7 @@ Result<FileStatus> FileCopier::copy(const QByteArray& source, const QByteArray& 
     if (::close(out.release()) != 0 && errno != EINTR)
         return fail(errno);
     if (renamed)
-        return copiedStatus(src);
+        return copiedFile(src, made);
 
     CrashPoint::reached();
     if (hint == DestinationHint::Missing && !unnamed) {
@@ -369,7 +413,7 @@ Result<FileStatus> FileCopier::copy(const QByteArray& source, const QByteArray& 
     }
     if (!renamed && ::renameat(to.dir, temp.constData(), to.dir, to.name) != 0)
         return fail(errno);
-    return copiedStatus(src);
+    return copiedFile(src, made);
 }
 
 void FileCopier::removeStaleTemporaries(const QByteArray& dir) {

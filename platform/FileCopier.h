@@ -15,7 +15,7 @@ namespace ondrel {
 class FileCopier {
 public:
     // See FileSystem::copyFile.
-    static Result<FileStatus> copy(const QByteArray& source, const QByteArray& destination,
+    static Result<CopiedFile> copy(const QByteArray& source, const QByteArray& destination,
                                    DestinationHint hint);
 
     // Removes the temporary files in dir whose copying process is gone.

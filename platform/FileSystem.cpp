@@ -104,6 +104,7 @@ Result<FileStatus> FileSystem::status(const QByteArray& path, StatusDetail detai
         s.attributes = DosAttributes::fromStatus(path, st);
     s.device = st.st_dev;
     s.inode = st.st_ino;
+    s.permissions = st.st_mode & 07777;
     s.isDirectory = S_ISDIR(st.st_mode);
     s.isRegular = S_ISREG(st.st_mode);
     return s;
@@ -190,14 +191,28 @@ Result<void> FileSystem::checkDirectory(const QByteArray& path) {
     return {};
 }
 
-Result<void> FileSystem::makeDirectory(const QByteArray& path) {
+Result<void> FileSystem::makeDirectory(const QByteArray& path, int permissions) {
+    const mode_t wanted = permissions < 0 ? mode_t(0777) : mode_t(permissions) & 07777;
     CrashPoint::reached();
-    if (::mkdir(path.constData(), 0777) == 0)
-        return {};
-    const int e = errno;
-    if (e == EEXIST)
-        return error(ErrNo::PathFileAccess);
-    return directoryError(e, path);
+    // Made with at most the bits wanted (the umask only takes some away), then given exactly
+    // those: a private directory is never open to others, not even for a moment.
+    if (::mkdir(path.constData(), wanted & 01777) != 0) {
+        const int e = errno;
+        if (e == EEXIST)
+            return error(ErrNo::PathFileAccess);
+        return directoryError(e, path);
+    }
+    static const mode_t umask = currentUmask();
+    if (permissions >= 0 && ((wanted & 06000) || (wanted & umask)))
+        (void)::chmod(path.constData(), wanted); // the bits the system refuses stay cleared
+    return {};
+}
+
+Result<void> FileSystem::checkAccess(const QByteArray& path, Access access) {
+    const int mode = access == Access::Read ? R_OK : (W_OK | X_OK);
+    if (::faccessat(AT_FDCWD, path.constData(), mode, AT_EACCESS) != 0)
+        return errnoError(errno, path);
+    return {};
 }
 
 Result<void> FileSystem::deleteFile(const QByteArray& path) {
@@ -217,7 +232,7 @@ Result<void> FileSystem::deleteFile(const QByteArray& path) {
     return {};
 }
 
-Result<FileStatus> FileSystem::copyFile(const QByteArray& source, const QByteArray& destination,
+Result<CopiedFile> FileSystem::copyFile(const QByteArray& source, const QByteArray& destination,
                                         DestinationHint hint) {
     return FileCopier::copy(source, destination, hint);
 }

@@ -38,9 +38,22 @@ struct FileStatus {
     int attributes = 0;  // the Attr bits, as getAttributes gives them (0 when not read)
     dev_t device = 0;
     ino_t inode = 0;
+    unsigned permissions = 0; // the permission bits, setgid and sticky included
     bool isDirectory = false;
     bool isRegular = false;
 };
+
+// What a copy did: the source as its content was read (size, time, identity; no attributes),
+// and which file took the destination's name, by its identity.
+struct CopiedFile {
+    FileStatus source;
+    dev_t device = 0;
+    ino_t inode = 0;
+};
+
+// What checkAccess asks of a path: that its content can be read, or, for a directory, that
+// entries can be made and removed in it.
+enum class Access { Read, Write };
 
 // The file system as the staging engine and the dialogs see it. Paths are native byte strings,
 // so every name the file system holds, valid UTF-8 or not, is handled byte for byte; they become
@@ -86,8 +99,13 @@ public:
     static Result<void> checkDirectory(const QByteArray& path);
 
     // Makes one directory; one that exists already (or a file of that name) is error 75, a
-    // missing parent 76.
-    static Result<void> makeDirectory(const QByteArray& path);
+    // missing parent 76. permissions gives it those bits (setgid and sticky included, as far
+    // as the system lets the caller set them) whatever the umask says; -1 leaves the default.
+    static Result<void> makeDirectory(const QByteArray& path, int permissions = -1);
+
+    // Whether this process may do what access asks on path, as the calls that do it would
+    // decide: 70 when it may not (also on a read-only file system), 53 or 76 when it is missing.
+    static Result<void> checkAccess(const QByteArray& path, Access access);
 
     // Deletes one file. A read-only file is refused (70); a missing one is error 53.
     static Result<void> deleteFile(const QByteArray& path);
@@ -98,9 +116,9 @@ public:
     // copy keeps the source's modification time, permission bits and stored Hidden/System, and
     // reads as Archive. An existing read-only destination is refused with 70; a destination that
     // is the source itself (same device and inode) is refused with 75; a missing source is 53; a
-    // missing destination directory 76. A failed copy leaves no temporary file behind. Gives the
-    // status the source had when its content was copied (size, time, identity; no attributes).
-    static Result<FileStatus> copyFile(const QByteArray& source, const QByteArray& destination,
+    // missing destination directory 76. A failed copy leaves no temporary file behind. Holes in
+    // a sparse source stay holes.
+    static Result<CopiedFile> copyFile(const QByteArray& source, const QByteArray& destination,
                                        DestinationHint hint = DestinationHint::Unknown);
 
     // Removes temporary files that a copy into dir left behind when its process was killed.

@@ -50,13 +50,13 @@ bool DirWalker::askToContinue(const QString& text, const QString& title) {
     return true;
 }
 
-bool DirWalker::sourcePathNotFound(const QString& name) {
+bool DirWalker::sourcePathNotFound(const QString& name, const QByteArray& path) {
     const QString text = QStringLiteral("Source Path ") + name + QStringLiteral(" does not exist.");
-    m_run.log(QStringLiteral("***") + text);
+    m_run.logError(text);
     if (!m_run.showErrMsgs())
         return true;
-    if (m_run.m_host.ask(text, MsgButtons::OKCancel, MsgIcon::Exclamation,
-                         QStringLiteral("Source Path Not Found")) == MsgAnswer::Cancel) {
+    if (m_run.ask(path, text, MsgButtons::OKCancel, MsgIcon::Exclamation,
+                  QStringLiteral("Source Path Not Found")) == MsgAnswer::Cancel) {
         m_run.Cancel();
         return false;
     }
@@ -87,10 +87,10 @@ bool DirWalker::walkSourcePath(const clsSourcePath& sp) {
         const Result<void> exists = FileSystem::checkDirectory(dir);
         if (!exists.ok()) {
             if (exists.error().number() == ErrNo::PathNotFound)
-                return sourcePathNotFound(name);
+                return sourcePathNotFound(name, dir);
             const MsgAnswer answer = m_run.reportError(
                 exists.error(), QStringLiteral(" occurred while processing Source Paths."),
-                QStringLiteral("Form_Activate"), MsgButtons::OKCancel);
+                QStringLiteral("Form_Activate"), MsgButtons::OKCancel, dir);
             if (answer == MsgAnswer::Cancel) {
                 m_run.Cancel();
                 return false;
@@ -165,10 +165,10 @@ bool DirWalker::DirWalk(const clsSourcePath& SourcePath, const QByteArray& Dir) 
         const Result<std::vector<QByteArray>> subDirs = FileSystem::subDirectories(Dir);
         if (!subDirs.ok()) {
             if (subDirs.error().number() == ErrNo::PathNotFound)
-                return sourcePathNotFound(FileSystem::displayPath(Dir));
+                return sourcePathNotFound(FileSystem::displayPath(Dir), Dir);
             m_run.reportError(subDirs.error(),
                               QStringLiteral(" occurred during the directory search."),
-                              QStringLiteral("DirWalk"));
+                              QStringLiteral("DirWalk"), MsgButtons::OK, Dir);
             return true;
         }
         // The last listed first, depth first, before the files of Dir itself.
@@ -198,10 +198,10 @@ bool DirWalker::DirWalk(const clsSourcePath& SourcePath, const QByteArray& Dir) 
         const Result<std::vector<QByteArray>> files = FileSystem::matchingFiles(Dir, fg->Name());
         if (!files.ok()) {
             if (files.error().number() == ErrNo::PathNotFound)
-                return sourcePathNotFound(shownDir);
+                return sourcePathNotFound(shownDir, Dir);
             m_run.reportError(files.error(),
                               QStringLiteral(" occurred while listing a directory's files."),
-                              QStringLiteral("Dir_Change"));
+                              QStringLiteral("Dir_Change"), MsgButtons::OK, Dir);
             continue;
         }
         if (files->empty())

@@ -31,7 +31,8 @@ private:
     // Asks text + "  Click 'OK' to continue staging." (OK/Cancel) when error messages are on;
     // false when the user chose Cancel, which cancels the run.
     bool askToContinue(const QString& text, const QString& title);
-    bool sourcePathNotFound(const QString& name);
+    // Reports a source directory that is not there: name as the texts show it, path native.
+    bool sourcePathNotFound(const QString& name, const QByteArray& path);
     bool isOwnDestination(const QByteArray& dir) const;
 
     StagingRun& m_run;

@@ -3,6 +3,7 @@
 #include "app/Module1.h"
 #include "app/clsOndrelApp.h"
 #include "platform/NativePath.h"
+#include "platform/Volumes.h"
 #include "spec/clsFileGroup.h"
 #include "staging/StagingFileOps.h"
 #include "staging/StagingHost.h"
@@ -10,6 +11,8 @@
 #include "staging/basLibrary.h"
 
 #include <QFile>
+
+#include <algorithm>
 
 namespace ondrel {
 
@@ -40,11 +43,13 @@ void FileStager::StageFile(const clsFileGroup& FileGroup, const QByteArray& Sour
         relative = relative.sliced(std::min(m_curSourcePath.size(), relative.size()));
         while (relative.startsWith('/'))
             relative = relative.sliced(1);
+        call.relativeAt = SourceFile.size() - relative.size();
     } else {
         call.Task = QStringLiteral("CheckVarSP");
         const qsizetype slash = SourceFile.lastIndexOf('/');
         call.sourceDir = slash > 0 ? SourceFile.left(slash) : QByteArray("/");
         relative = relative.sliced(slash + 1);
+        call.relativeAt = slash + 1;
         if (state.badSourceDirPaths.contains(call.sourceDir)) {
             m_run.addProblemFile(SourceFile);
             return;
@@ -71,6 +76,19 @@ const QString& FileStager::Call::shownSource() {
     return shownSourceText;
 }
 
+const QByteArray& FileStager::Call::concerned(const Error& error) const {
+    if (Task == QLatin1String("CheckVarSP"))
+        return sourceDir;
+    if (Task == QLatin1String("GetSPAttr") || destFile.isEmpty())
+        return source;
+    // A copy fails on either side: the source is named when it is the one that is missing or
+    // cannot be read.
+    if (Task == QLatin1String("FileCopy") && (error.number() == ErrNo::FileNotFound ||
+                                              !FileSystem::checkAccess(source, Access::Read).ok()))
+        return source;
+    return destFile;
+}
+
 FileStager::Next FileStager::toDestination(Call& call, const QString& destPath,
                                            QByteArrayView relative) {
     RunState& state = m_run.m_state;
@@ -78,7 +96,8 @@ FileStager::Next FileStager::toDestination(Call& call, const QString& destPath,
     const clsOndrelApp& settings = m_run.m_settings;
 
     const Destination& to = destination(destPath);
-    const QByteArray destFile = NativePath::join(to.base, relative);
+    call.destFile = NativePath::join(to.base, relative);
+    const QByteArray& destFile = call.destFile;
     host.showDestFile(destFile);
 
     call.Task = QStringLiteral("CheckDPDrive");
@@ -154,7 +173,7 @@ FileStager::Next FileStager::toDestination(Call& call, const QString& destPath,
     }
 
     if (const auto next =
-            copy(call, destFile, dest ? DestinationHint::Unknown : DestinationHint::Missing))
+            copy(call, to, dest ? DestinationHint::Unknown : DestinationHint::Missing))
         return *next;
     host.yield();
     ++state.CopiedCount;
@@ -174,8 +193,9 @@ const FileStager::Destination& FileStager::destination(const QString& destPath) 
     const auto found = m_destinations.find(&destPath);
     if (found != m_destinations.end())
         return found->second;
-    Destination made{NativePath::withoutTrailingSeparator(QFile::encodeName(destPath)),
-                     destPath.left(1).toUpper()};
+    Destination made;
+    made.base = NativePath::withoutTrailingSeparator(QFile::encodeName(destPath));
+    made.drive = Volumes::mountPointOf(made.base);
     return m_destinations.emplace(&destPath, std::move(made)).first->second;
 }
 
@@ -204,8 +224,8 @@ std::optional<FileStager::Next> FileStager::checkDrive(Call& call) {
         return Next::NextDestination;
     }
     for (;;) {
-        if (FileSystem::checkDirectory(QFile::encodeName(call.drive)).ok()) {
-            state.GoodDrives += call.drive;
+        if (FileSystem::checkDirectory(call.drive).ok()) {
+            state.GoodDrives.append(call.drive);
             return std::nullopt;
         }
         if (const Next next = handleError(Error(ErrNo::DeviceUnavailable), call);
@@ -214,9 +234,10 @@ std::optional<FileStager::Next> FileStager::checkDrive(Call& call) {
     }
 }
 
-std::optional<FileStager::Next> FileStager::copy(Call& call, const QByteArray& destFile,
+std::optional<FileStager::Next> FileStager::copy(Call& call, const Destination& to,
                                                  DestinationHint hint) {
     RunState& state = m_run.m_state;
+    const QByteArray& destFile = call.destFile;
     StagingHost& host = m_run.m_host;
     host.showDestFile(destFile);
     host.yield();
@@ -231,14 +252,12 @@ std::optional<FileStager::Next> FileStager::copy(Call& call, const QByteArray& d
             state.writtenDirs.insert(destDir);
             m_run.m_ops.removeStaleTemporaries(destDir);
         }
-        const Result<FileStatus> copied = m_run.m_ops.copyFile(call.source, destFile, hint);
+        const Result<CopiedFile> copied = m_run.m_ops.copyFile(call.source, destFile, hint);
         if (copied.ok()) {
-            // What a move may delete later: the source as it was when this copy read it.
             if (m_run.m_settings.DelSource())
-                state.copiedSources.insert(call.source,
-                                           RunState::Copied{copied->size, copied->modified});
+                rememberCopy(call, to, copied.value());
             if (!call.sourceStatus)
-                call.sourceStatus = copied.value();
+                call.sourceStatus = copied->source;
             return std::nullopt;
         }
         if (copied.error().number() == ErrNo::PathNotFound) {
@@ -246,8 +265,11 @@ std::optional<FileStager::Next> FileStager::copy(Call& call, const QByteArray& d
             // copy is tried once more.
             if (!m_run.m_settings.CreateDirs())
                 return Next::NextDestination;
-            if (madeDirs ||
-                !basLibrary::MakeDirTree(destDir, m_run.m_ops, host, m_run.showErrMsgs())) {
+            const auto permissions = [&](const QByteArray& dir) {
+                return permissionsFor(dir, to.base);
+            };
+            if (madeDirs || !basLibrary::MakeDirTree(destDir, m_run.m_ops, host,
+                                                     m_run.showErrMsgs(), permissions)) {
                 m_run.addProblemFile(call.source);
                 return Next::NextDestination;
             }
@@ -259,6 +281,44 @@ std::optional<FileStager::Next> FileStager::copy(Call& call, const QByteArray& d
         if (const Next next = handleError(copied.error(), call); next != Next::Retry)
             return next;
     }
+}
+
+void FileStager::rememberCopy(const Call& call, const Destination& to, const CopiedFile& copied) {
+    RunState& state = m_run.m_state;
+    // The source as this copy read it: a move deletes it only if it is still so.
+    RunState::Copied& entry = state.copiedSources[call.source];
+    entry.size = copied.source.size;
+    entry.modified = copied.source.modified;
+    entry.id = {copied.source.device, copied.source.inode};
+    const bool known = std::any_of(entry.places.cbegin(), entry.places.cend(), [&](const auto& p) {
+        return p.relativeAt == call.relativeAt && p.base == to.base;
+    });
+    if (!known)
+        entry.places.push_back({to.base, call.relativeAt});
+    // The file now at the destination holds this source, until another copy replaces it.
+    state.copyHolders.insert({copied.device, copied.inode}, call.source);
+}
+
+int FileStager::permissionsFor(const QByteArray& dir, const QByteArray& base) {
+    // A selected file's directory is no counterpart of the destination's.
+    if (m_run.m_state.CurSourcePath == kVarious)
+        return -1;
+    QByteArrayView below;
+    if (dir != base) {
+        const qsizetype start = base.endsWith('/') ? base.size() : base.size() + 1;
+        if (!dir.startsWith(base) || dir.size() <= start || dir[start - 1] != '/')
+            return -1; // above the destination path: the default
+        below = QByteArrayView(dir).sliced(start);
+    }
+    const QByteArray source =
+        NativePath::join(NativePath::withoutTrailingSeparator(m_curSourcePath), below);
+    const Result<FileStatus> status = m_run.m_ops.status(source, StatusDetail::WithoutAttributes);
+    if (!status.ok() || !status->isDirectory)
+        return -1;
+    // The bits of the source directory it stands for, so that a private directory stays
+    // private, with setgid and sticky. Its owner may always enter and write it: a later run
+    // copies into it again.
+    return int((status->permissions & 03777) | 0700);
 }
 
 std::optional<FileStager::Next> FileStager::resetArchive(Call& call) {
@@ -301,7 +361,8 @@ FileStager::Next FileStager::handleError(const Error& error, Call& call) {
         title = QStringLiteral("File Access Permission Denied");
         break;
     case ErrNo::DiskFull:
-        message = QStringLiteral("The disk in drive ") + call.drive + QStringLiteral(": is full.");
+        message = QStringLiteral("The disk in drive ") + FileSystem::displayPath(call.drive) +
+                  QStringLiteral(": is full.");
         boxText = message + QStringLiteral("  The file currently being copied is ") +
                   StagingRun::formatCount(call.sourceStatus
                                               ? call.sourceStatus->size
@@ -312,7 +373,7 @@ FileStager::Next FileStager::handleError(const Error& error, Call& call) {
         title = QStringLiteral("Disk Full");
         break;
     case ErrNo::DeviceUnavailable:
-        message = QStringLiteral("Drive ") + call.drive.toUpper() +
+        message = QStringLiteral("Drive ") + FileSystem::displayPath(call.drive) +
                   QStringLiteral(": is not currently mapped or is otherwise unavailable.");
         title = QStringLiteral("Device Not Found");
         break;
@@ -327,16 +388,16 @@ FileStager::Next FileStager::handleError(const Error& error, Call& call) {
         break;
     default:
         m_run.reportError(error, QStringLiteral(" occurred while staging."),
-                          QStringLiteral("StageFile"));
+                          QStringLiteral("StageFile"), MsgButtons::OK, call.concerned(error));
         m_run.addProblemFile(call.source);
         return Next::NextDestination;
     }
 
-    m_run.log(QStringLiteral("***") + message);
+    m_run.logError(message);
     MsgAnswer answer = buttons == MsgButtons::OKCancel ? MsgAnswer::OK : MsgAnswer::Ignore;
     if (m_run.showErrMsgs())
-        answer = m_run.m_host.ask(boxText.isEmpty() ? message : boxText, buttons,
-                                  MsgIcon::Exclamation, title);
+        answer = m_run.ask(call.concerned(error), boxText.isEmpty() ? message : boxText, buttons,
+                           MsgIcon::Exclamation, title);
 
     if (number == ErrNo::PathNotFound) {
         // The source's directory is gone: the file is abandoned for every destination.
@@ -356,13 +417,13 @@ FileStager::Next FileStager::handleError(const Error& error, Call& call) {
         m_run.addProblemFile(call.source);
         return Next::Return;
     case MsgAnswer::Retry:
-        m_run.log(QStringLiteral("***Retrying . . ."));
+        m_run.logError(QStringLiteral("Retrying . . ."));
         return Next::Retry;
     default:
         if (number == ErrNo::DiskFull || number == ErrNo::DeviceUnavailable) {
             // Later files bound for this drive go straight to the problem list.
-            state.GoodDrives = basLibrary::Replace(state.GoodDrives, call.drive, QString(), 1, 0);
-            state.BadDrives += call.drive;
+            state.GoodDrives.removeAll(call.drive);
+            state.BadDrives.append(call.drive);
         }
         m_run.addProblemFile(call.source);
         return call.Task == QLatin1String("CheckVarSP") ? Next::Return : Next::NextDestination;

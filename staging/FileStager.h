@@ -34,10 +34,20 @@ private:
         // The source as the user reads it, made when a message or the log needs it.
         const QString& shownSource();
         QString shownSourceText;
-        QByteArray sourceDir; // the directory of a selected file, for "CheckVarSP"
-        QString drive;
+        QByteArray sourceDir;     // the directory of a selected file, for "CheckVarSP"
+        qsizetype relativeAt = 0; // where the path below the source path begins in source
+        QByteArray destFile;      // the destination being worked on
+        QByteArray drive;         // its drive: the mount point of its file system
         std::optional<FileStatus> sourceStatus;
         bool attributesRead = false;
+        // The file or directory a question about error is about, for a host that shows it.
+        const QByteArray& concerned(const Error& error) const;
+    };
+
+    // What a destination path gives every file staged to it, made once per run.
+    struct Destination {
+        QByteArray base;  // native form, without a trailing separator
+        QByteArray drive; // the mount point of the file system that holds it
     };
 
     // relative: the source's path below its source path (its name alone for a selected file).
@@ -45,17 +55,17 @@ private:
     // These three give nothing when the step succeeded and the destination's staging goes on.
     std::optional<Next> readSourceStatus(Call& call, StatusDetail detail);
     std::optional<Next> checkDrive(Call& call);
-    std::optional<Next> copy(Call& call, const QByteArray& destFile, DestinationHint hint);
+    std::optional<Next> copy(Call& call, const Destination& to, DestinationHint hint);
+    // What a move needs to know of a copy to delete its source safely.
+    void rememberCopy(const Call& call, const Destination& to, const CopiedFile& copied);
+    // The permission bits of a destination directory the run makes (dir, below or at the
+    // destination path base), or -1 for the default.
+    int permissionsFor(const QByteArray& dir, const QByteArray& base);
     std::optional<Next> resetArchive(Call& call);
     // The one error handler of StageFile: reports the failure as its number calls for and says
     // how to go on.
     Next handleError(const Error& error, Call& call);
 
-    // What a destination path gives every file staged to it, made once per run.
-    struct Destination {
-        QByteArray base; // native form, without a trailing separator
-        QString drive;
-    };
     const Destination& destination(const QString& destPath);
 
     StagingRun& m_run;

@@ -2,12 +2,14 @@
 
 #include "app/clsOndrelApp.h"
 #include "platform/FileSystem.h"
+#include "platform/NativePath.h"
 #include "staging/StagingFileOps.h"
 #include "staging/StagingHost.h"
 #include "staging/StagingLog.h"
 #include "staging/StagingRun.h"
 
 #include <QLocale>
+#include <QSet>
 
 #include <vector>
 
@@ -36,6 +38,30 @@ QString StagingRun::formatCount(qint64 count) {
 
 RunCompletion::RunCompletion(StagingRun& run) : m_run(run) {}
 
+QString RunCompletion::whyKept(const QByteArray& path, const FileStatus& now) const {
+    const RunState& state = m_run.m_state;
+    const auto copied = state.copiedSources.constFind(path);
+    if (copied == state.copiedSources.cend())
+        return {};
+    // A source that changed after it was copied holds content no copy has.
+    if (now.size != copied->size || now.modified != copied->modified)
+        return QStringLiteral(" changed after it was copied; it was not deleted.");
+    // Each copy must still be the file this run wrote for this source: not one that a later
+    // copy of another source replaced, nor one changed or removed since.
+    for (const RunState::CopyPlace& place : copied->places) {
+        const QByteArray copy =
+            NativePath::join(place.base, QByteArrayView(path).sliced(place.relativeAt));
+        const Result<FileStatus> there = m_run.m_ops.status(copy, StatusDetail::WithoutAttributes);
+        const bool holds = there.ok() &&
+                           state.copyHolders.value({there->device, there->inode}) == path &&
+                           there->size == copied->size && there->modified == copied->modified;
+        if (!holds)
+            return QStringLiteral(" was copied to ") + FileSystem::displayPath(copy) +
+                   QStringLiteral(", which no longer holds it; it was not deleted.");
+    }
+    return {};
+}
+
 void RunCompletion::deleteSources() {
     RunState& state = m_run.m_state;
     const clsOndrelApp& settings = m_run.m_settings;
@@ -44,43 +70,61 @@ void RunCompletion::deleteSources() {
     // The copies reach the disk before any source goes.
     m_run.m_ops.syncFileSystems(
         std::vector<QByteArray>(state.writtenDirs.cbegin(), state.writtenDirs.cend()));
+    QSet<QByteArray> kept;
+    QSet<RunState::FileId> deleted;
     for (const QByteArray& path : state.lstDelSource) {
-        if (state.problemPaths.contains(path))
+        if (state.problemPaths.contains(path) || kept.contains(path))
             continue;
         ++state.DeletedCount;
         const QString shown = FileSystem::displayPath(path);
-        // A source that changed after it was copied holds content no copy has: it stays.
         const Result<FileStatus> now = m_run.m_ops.status(path, StatusDetail::WithoutAttributes);
-        const auto copied = state.copiedSources.constFind(path);
-        Result<void> deleted = now.ok() ? Result<void>() : Result<void>(now.error());
-        if (now.ok() && copied != state.copiedSources.cend() &&
-            (now->size != copied->size || now->modified != copied->modified)) {
-            --state.DeletedCount;
-            state.UndeletedFiles += shown + kCrLf;
-            m_run.log(QStringLiteral(">>>") + shown +
-                      QStringLiteral(" changed after it was copied; it was not deleted."));
+        Result<void> removed;
+        bool deletedBefore = false;
+        if (now.ok()) {
+            if (const QString why = whyKept(path, *now); !why.isEmpty()) {
+                --state.DeletedCount;
+                kept.insert(path);
+                state.UndeletedFiles += shown + kCrLf;
+                m_run.log(QStringLiteral(">>>") + shown + why);
+                continue;
+            }
+        } else {
+            // Not there: a second entry of a file deleted already, or a link to a file this run
+            // deleted, which the look followed. Either is deleted as the entry itself, never
+            // through it; for the second entry that reports the file as not found.
+            const auto copied = state.copiedSources.constFind(path);
+            deletedBefore = copied != state.copiedSources.cend() && deleted.contains(copied->id);
+            if (!deletedBefore)
+                removed = now.error();
+        }
+        if (removed.ok())
+            removed = m_run.m_ops.deleteFile(path);
+        if (removed.ok()) {
+            if (now.ok())
+                deleted.insert({now->device, now->inode});
             continue;
         }
-        if (deleted.ok())
-            deleted = m_run.m_ops.deleteFile(path);
-        if (deleted.ok())
-            continue;
-        const int number = deleted.error().number();
+        const int number = removed.error().number();
         if (number == ErrNo::PathFileAccess || number == ErrNo::PermissionDenied) {
             state.UndeletedFiles += shown + kCrLf;
             const QString text = QStringLiteral("Unable to delete ") + shown +
                                  QStringLiteral(".  You may not have delete rights, or the file "
                                                 "may be Read-Only.");
-            m_run.log(QStringLiteral("***") + text);
+            m_run.logError(text);
             if (m_run.showErrMsgs())
-                m_run.m_host.ask(text, MsgButtons::OK, MsgIcon::Exclamation,
-                                 QStringLiteral("File Access Error"));
+                m_run.ask(path, text, MsgButtons::OK, MsgIcon::Exclamation,
+                          QStringLiteral("File Access Error"));
             --state.DeletedCount;
         } else {
+            const bool errorBefore = state.errorReported;
             m_run.reportError(
-                deleted.error(),
+                removed.error(),
                 QStringLiteral(" occurred while deleting files or preparing summary info."),
-                QStringLiteral("Form_Unload"));
+                QStringLiteral("Form_Unload"), MsgButtons::OK, path);
+            // A file staged to two destinations stands twice in the list; the second entry
+            // finds it deleted by the first and is reported so, yet nothing went wrong.
+            if (deletedBefore && number == ErrNo::FileNotFound)
+                state.errorReported = errorBefore;
         }
     }
 }

@@ -3,10 +3,13 @@
 #include <QByteArray>
 #include <QDateTime>
 #include <QHash>
+#include <QList>
 #include <QSet>
 #include <QString>
 #include <QStringList>
 
+#include <sys/types.h>
+#include <utility>
 #include <vector>
 
 namespace ondrel {
@@ -14,10 +17,12 @@ namespace ondrel {
 // The state a staging run keeps for its whole life.
 struct RunState {
     bool Cancelled = false;
-    QString GoodDrives;    // upper-cased drive letters found usable
-    QString BadDrives;     // drive letters found unusable
-    QString BadSourceDirs; // missing directories of selected files, each followed by CR LF
-    QString ProblemFiles;  // source files that met a problem, each followed by CR LF
+    // Drives are file systems, named by their mount points: a full or failing disk marks only
+    // itself bad.
+    QList<QByteArray> GoodDrives; // mount points found usable
+    QList<QByteArray> BadDrives;  // mount points found unusable
+    QString BadSourceDirs;        // missing directories of selected files, each followed by CR LF
+    QString ProblemFiles;         // source files that met a problem, each followed by CR LF
     QString UndeletedFiles;
     // 32 bits: a run of a large tree copies far more than 32767 files.
     qint32 CopiedCount = 0;
@@ -31,12 +36,27 @@ struct RunState {
     // however many problems a run has met.
     QSet<QByteArray> problemPaths;
     QSet<QByteArray> badSourceDirPaths;
-    // Each file's size and time when it was copied, so a move deletes only unchanged sources.
+    // Whether the run reported an error (a "***" line of the log, an error box), whether or
+    // not a file became a problem file by it.
+    bool errorReported = false;
+
+    // What a move needs to know before it deletes a source: the source as its copies read it
+    // (unchanged since?), and where each copy is (does it still hold the source?).
+    using FileId = std::pair<dev_t, ino_t>;
+    struct CopyPlace {
+        QByteArray base;      // the destination path, native
+        qsizetype relativeAt; // the copy is base joined to the source's path from here on
+    };
     struct Copied {
         qint64 size;
         qint64 modified;
+        FileId id; // of the file read (for a link, the file it leads to)
+        std::vector<CopyPlace> places;
     };
     QHash<QByteArray, Copied> copiedSources;
+    // Which source each file the run put in place holds: the last to be copied to it. A copy
+    // that a later copy of another source replaced holds nothing any more.
+    QHash<FileId, QByteArray> copyHolders;
     // Directories this run has written into: stale temporary files are removed from each once,
     // and their file systems are synced before a move deletes its sources.
     QSet<QByteArray> writtenDirs;

@@ -15,9 +15,10 @@ public:
     virtual Result<FileStatus> status(const QByteArray& path, StatusDetail detail) = 0;
     virtual Result<int> getAttributes(const QByteArray& path) = 0;
 
-    virtual Result<void> makeDirectory(const QByteArray& path) = 0;
-    // Gives the status the source had when it was copied.
-    virtual Result<FileStatus> copyFile(const QByteArray& source, const QByteArray& destination,
+    // permissions: the bits the new directory takes, or -1 for the default.
+    virtual Result<void> makeDirectory(const QByteArray& path, int permissions) = 0;
+    // Gives the status the source had when it was copied, and the copy's identity.
+    virtual Result<CopiedFile> copyFile(const QByteArray& source, const QByteArray& destination,
                                         DestinationHint hint) = 0;
     virtual Result<void> setAttributes(const QByteArray& path, int attributes) = 0;
     virtual Result<void> deleteFile(const QByteArray& path) = 0;
@@ -36,10 +37,10 @@ public:
     Result<int> getAttributes(const QByteArray& path) override {
         return FileSystem::getAttributes(path);
     }
-    Result<void> makeDirectory(const QByteArray& path) override {
-        return FileSystem::makeDirectory(path);
+    Result<void> makeDirectory(const QByteArray& path, int permissions) override {
+        return FileSystem::makeDirectory(path, permissions);
     }
-    Result<FileStatus> copyFile(const QByteArray& source, const QByteArray& destination,
+    Result<CopiedFile> copyFile(const QByteArray& source, const QByteArray& destination,
                                 DestinationHint hint) override {
         return FileSystem::copyFile(source, destination, hint);
     }

@@ -20,6 +20,15 @@ public:
     virtual MsgAnswer ask(const QString& prompt, MsgButtons buttons, MsgIcon icon,
                           const QString& title) = 0;
 
+    // Asks as ask() does a question about one file or directory, path (native). The texts of
+    // the questions are fixed and do not always name it; a host that can show it beside them
+    // does (the terminal prints it after the question).
+    virtual MsgAnswer askAbout(const QByteArray& path, const QString& prompt, MsgButtons buttons,
+                               MsgIcon icon, const QString& title) {
+        (void)path;
+        return ask(prompt, buttons, icon, title);
+    }
+
     // The run in progress: what is being worked on (lblSP, lblFG, lblCurDir, lblSourceFile,
     // lblDestFile of the staging window). The files come as native paths, shown as
     // FileSystem::displayPath shows them: they change with every file, and a host makes their

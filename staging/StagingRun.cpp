@@ -5,11 +5,13 @@
 #include "platform/Convert.h"
 #include "platform/DirectoryHandles.h"
 #include "platform/FileSystem.h"
+#include "platform/Volumes.h"
 #include "staging/DirWalker.h"
 #include "staging/RunCompletion.h"
 #include "staging/StagingHost.h"
 #include "staging/StagingLog.h"
 
+#include <QFile>
 #include <QLocale>
 
 namespace ondrel {
@@ -50,14 +52,26 @@ void StagingRun::log(const QString& line) {
         (void)m_log->writeLine(line);
 }
 
+void StagingRun::logError(const QString& text) {
+    m_state.errorReported = true;
+    log(QStringLiteral("***") + text);
+}
+
+MsgAnswer StagingRun::ask(const QByteArray& path, const QString& prompt, MsgButtons buttons,
+                          MsgIcon icon, const QString& title) {
+    if (path.isEmpty())
+        return m_host.ask(prompt, buttons, icon, title);
+    return m_host.askAbout(path, prompt, buttons, icon, title);
+}
+
 MsgAnswer StagingRun::reportError(const Error& error, const QString& stage, const QString& routine,
-                                  MsgButtons buttons) {
-    log(QStringLiteral("***Error ") + QString::number(error.number()) + QStringLiteral(", ") +
-        error.description() + stage);
+                                  MsgButtons buttons, const QByteArray& path) {
+    logError(QStringLiteral("Error ") + QString::number(error.number()) + QStringLiteral(", ") +
+             error.description() + stage);
     if (!showErrMsgs())
         return MsgAnswer::OK;
-    return m_host.ask(ErrorReportText(error), buttons, MsgIcon::None,
-                      routine + QStringLiteral(" Error"));
+    return ask(path, ErrorReportText(error), buttons, MsgIcon::None,
+               routine + QStringLiteral(" Error"));
 }
 
 void StagingRun::addProblemFile(const QByteArray& path) {
@@ -69,7 +83,8 @@ void StagingRun::addProblemFile(const QByteArray& path) {
 
 void StagingRun::Load() {
     m_state = RunState();
-    m_state.GoodDrives = m_programDirectory.left(1).toUpper();
+    // The file system of the program's own directory is known to be usable.
+    m_state.GoodDrives = {Volumes::mountPointOf(QFile::encodeName(m_programDirectory))};
     m_state.StartTime = QDateTime::currentDateTime();
     if (!m_log)
         return;

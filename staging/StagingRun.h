@@ -53,11 +53,17 @@ private:
     // Writes one line to the log when the run has one.
     void log(const QString& line);
     bool logging() const { return m_log != nullptr; }
+    // An error line: "***" + text in the log; the run has then reported an error, whether or
+    // not it has a log.
+    void logError(const QString& text);
     // The shared failure report: "***Error N, description" + stage in the log, and the standard
-    // error box titled routine + " Error" when ShowErrMsgs is on. Returns the answer (OK when
-    // no box was shown).
+    // error box titled routine + " Error" when ShowErrMsgs is on, about path (native) when it
+    // concerns one. Returns the answer (OK when no box was shown).
     MsgAnswer reportError(const Error& error, const QString& stage, const QString& routine,
-                          MsgButtons buttons = MsgButtons::OK);
+                          MsgButtons buttons = MsgButtons::OK, const QByteArray& path = {});
+    // A box about path when there is one, a plain one otherwise.
+    MsgAnswer ask(const QByteArray& path, const QString& prompt, MsgButtons buttons, MsgIcon icon,
+                  const QString& title);
     bool showErrMsgs() const;
     void addProblemFile(const QByteArray& path);
 

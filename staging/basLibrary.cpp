@@ -47,34 +47,38 @@ QString Replace(const QString& Text, const QString& Find, const QString& Replace
     }
 }
 
-bool MakeDirTree(const QByteArray& Path, StagingFileOps& ops, StagingHost& host, bool showErrMsgs) {
+bool MakeDirTree(const QByteArray& Path, StagingFileOps& ops, StagingHost& host, bool showErrMsgs,
+                 const std::function<int(const QByteArray& level)>& permissionsOf) {
     QByteArray path = Path;
     if (path.size() > 1 && path.endsWith('/'))
         path.chop(1);
     // Every level from the left is made, an existing one passed over. Asking the deepest first
     // and going up only while a parent is missing ends the same way (the first level that cannot
     // be made is the first missing one either way) with far fewer calls when most levels exist.
+    QByteArray failed = path;
     const std::function<Result<void>(qsizetype)> make = [&](qsizetype end) -> Result<void> {
         const QByteArray level = path.left(end);
-        Result<void> made = ops.makeDirectory(level);
+        const int permissions = permissionsOf ? permissionsOf(level) : -1;
+        Result<void> made = ops.makeDirectory(level, permissions);
         if (!made.ok() && made.error().number() == ErrNo::PathNotFound) {
             const qsizetype slash = path.lastIndexOf('/', end - 1);
             if (slash > 0) { // the root is never made
                 if (Result<void> parent = make(slash); !parent.ok())
                     return parent;
-                made = ops.makeDirectory(level);
+                made = ops.makeDirectory(level, permissions);
             }
         }
         if (made.ok() || made.error().number() == ErrNo::PathFileAccess)
             return {};
+        failed = level;
         return made;
     };
     const Result<void> made = make(path.size());
     if (made.ok())
         return true;
     if (showErrMsgs)
-        host.ask(ErrorReportText(made.error()), MsgButtons::OK, MsgIcon::None,
-                 QStringLiteral("MakeDirTree Error"));
+        host.askAbout(failed, ErrorReportText(made.error()), MsgButtons::OK, MsgIcon::None,
+                      QStringLiteral("MakeDirTree Error"));
     return false;
 }
 

@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <functional>
+
 namespace ondrel {
 
 class StagingFileOps;
@@ -19,8 +21,10 @@ QString Replace(const QString& Text, const QString& Find, const QString& Replace
 
 // Makes the directory Path and every missing parent, level by level; a level that exists already
 // is passed over. False on any other failure, which is first shown as the standard error box
-// "MakeDirTree Error" when showErrMsgs is on.
-bool MakeDirTree(const QByteArray& Path, StagingFileOps& ops, StagingHost& host, bool showErrMsgs);
+// "MakeDirTree Error" when showErrMsgs is on. permissionsOf gives the bits of each level made
+// (-1, or no function: the default).
+bool MakeDirTree(const QByteArray& Path, StagingFileOps& ops, StagingHost& host, bool showErrMsgs,
+                 const std::function<int(const QByteArray& level)>& permissionsOf = {});
 
 // "Yes" or "No", as the options list shows a Boolean.
 QString YesNo(bool value);

@@ -116,7 +116,8 @@ private Q_SLOTS:
                                               << "cannot read the options file" << false;
         QTest::newRow("options value of the wrong type")
             << QStringList{"--options", "%T/type.opt", spec} << 64
-            << "error 13 reading the options file" << false;
+            << "error 13 reading the options file %T/type.opt: CreateDirs=maybe: Type mismatch"
+            << false;
         QTest::newRow("options value out of range")
             << QStringList{"--options", "%T/range.opt", spec} << 64
             << "error 6 reading the options file" << false;
@@ -142,7 +143,8 @@ private Q_SLOTS:
 
         const Outcome r = stage(args);
         QCOMPARE(r.code, code);
-        QVERIFY2((code ? r.err : r.out).contains(expected), qPrintable(r.err + r.out));
+        QVERIFY2((code ? r.err : r.out).contains(expected.replace("%T", m_dir->path())),
+                 qPrintable(r.err + r.out));
         QCOMPARE(r.err.contains("Usage: ondrel-stage"), usage);
         QVERIFY(!QFileInfo::exists(at("dst")));
     }
@@ -273,6 +275,74 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(at("dst/sub")));
         QCOMPARE(readFile(at("dst/a.txt")), readOnlyDest ? QByteArray("old") : "<missing>");
         QCOMPARE(readFile(at("src/a.txt")), QByteArray("A"));
+    }
+
+    // Whatever went wrong, the exit status says so, and the terminal names the path the
+    // message is about. A dry run meets the same failures as the run. As root, the stager is run
+    // as user 65534 so that permissions hold.
+    void failuresEndWithStatusOne_data() {
+        QTest::addColumn<QString>("setup");
+        QTest::addColumn<bool>("dryRun");
+        QTest::addColumn<QString>("message"); // in standard error
+        QTest::addColumn<QString>("path");    // the path line after it
+
+        QTest::newRow("missing source path")
+            << "missing" << false << "Source Path Not Found: Source Path %T/none does not exist."
+            << "%T/none";
+        QTest::newRow("unreadable directory")
+            << "private" << false << "DirWalk Error: Error 70 occurred."
+            << "%T/src/private";
+        QTest::newRow("unreadable file") << "mode 000" << false << "File Access Permission Denied"
+                                         << "%T/src/a.txt";
+        QTest::newRow("unreadable file, dry run")
+            << "mode 000" << true << "File Access Permission Denied"
+            << "%T/src/a.txt";
+        QTest::newRow("path too long") << "long" << false << "StageFile Error: Error 75 occurred."
+                                       << "%T/dst/";
+    }
+
+    void failuresEndWithStatusOne() {
+        QFETCH(QString, setup);
+        QFETCH(bool, dryRun);
+        QFETCH(QString, message);
+        QFETCH(QString, path);
+        makeTree({});
+        QStringList args = {"--batch", "--on-error=ignore", "--options", "%T/job.opt",
+                            "%T/job.spc"};
+        if (dryRun)
+            args.prepend("--dry-run");
+        if (setup == "missing") {
+            QVERIFY(writeFile(at("job.spc"), specText(at("none"), "*.txt", {at("dst")})));
+        } else if (setup == "private") {
+            QVERIFY(writeFile(at("src/private/p.txt"), "P"));
+            QVERIFY(QFile::setPermissions(at("src/private"),
+                                          QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        } else if (setup == "mode 000") {
+            QVERIFY(QFile::setPermissions(at("src/a.txt"), {}));
+        } else if (setup == "long") {
+            QString deep = at("src");
+            for (int level = 0; deep.size() < 4000; ++level)
+                deep += '/' + QString(200, QChar('a' + level % 26));
+            QVERIFY(QDir().mkpath(deep));
+            QVERIFY(writeFile(deep + "/long.txt", "L"));
+            const QString dest = at("dst/") + QString(250, 'x') + '/' + QString(250, 'y');
+            QVERIFY(writeFile(at("job.spc"), specText(at("src"), "*.txt", {dest})));
+        }
+        QString program = QStringLiteral(ONDREL_STAGE);
+        if (::geteuid() == 0) {
+            QVERIFY(::chmod(QFile::encodeName(m_dir->path()).constData(), 0777) == 0);
+            args = QStringList{"--reuid=65534", "--regid=65534", "--clear-groups", ONDREL_STAGE} +
+                   args;
+            program = "setpriv";
+        }
+        const Outcome r = stage(args, {}, program);
+        QVERIFY2(r.code == 1, qPrintable(r.out + r.err));
+        QVERIFY2(r.err.contains(message.replace("%T", m_dir->path())), qPrintable(r.err));
+        QVERIFY2(r.err.contains("\n  path: " + path.replace("%T", m_dir->path())),
+                 qPrintable(r.err));
+        // The rest of the tree is staged all the same.
+        if (setup == "private" || setup == "mode 000")
+            QCOMPARE(readFile(at("dst/sub/b.txt")), dryRun ? "<missing>" : QByteArray("B"));
     }
 
     // An existing destination under "Prompt", answered from the command line.

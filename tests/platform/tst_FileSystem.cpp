@@ -280,8 +280,13 @@ private Q_SLOTS:
             QVERIFY(writeFile(at(name), content, 0640));
             QVERIFY(setModified(at(name), 1000000000, 500000000));
             QVERIFY(writeFile(at("dst/" + name), "old content"));
-            QCOMPARE(errorOf(FileSystem::copyFile(at(name), at("dst/" + name))), 0);
+            const Result<CopiedFile> copied = FileSystem::copyFile(at(name), at("dst/" + name));
+            QCOMPARE(errorOf(copied), 0);
             QVERIFY(readFile(at("dst/" + name)) == content);
+            // The copy names the file that took the destination's name: a move relies on it.
+            struct stat st {};
+            QCOMPARE(::stat(at("dst/" + name), &st), 0);
+            QVERIFY(copied->device == st.st_dev && copied->inode == st.st_ino);
             QCOMPARE(FileSystem::lastModified(at("dst/" + name)).value(), qint64(1000000000));
             QCOMPARE(int(modeOf(at("dst/" + name))), 0640);
         }
@@ -289,6 +294,39 @@ private Q_SLOTS:
         const Names expected{"bad\xff.bin", QByteArray(255, 'n')};
         QCOMPARE(names(FileSystem::matchingFiles(at("dst"), "*.*")), expected);
         QCOMPARE(snapshot(at("dst")).size(), size_t(2));
+    }
+
+    // A sparse file stays sparse: its holes are not written out as zeros.
+    void copyKeepsHoles_data() {
+        QTest::addColumn<QList<qint64>>("data"); // offsets of 4 KiB blocks of data
+        QTest::addColumn<qint64>("size");
+        const qint64 mib = 1024 * 1024;
+        QTest::newRow("hole in the middle") << QList<qint64>{0, 40 * mib} << 40 * mib + 4096;
+        QTest::newRow("starts with a hole") << QList<qint64>{30 * mib} << 30 * mib + 4096;
+        QTest::newRow("ends in a hole") << QList<qint64>{0} << 50 * mib;
+        QTest::newRow("all hole") << QList<qint64>{} << 20 * mib;
+    }
+
+    void copyKeepsHoles() {
+        QFETCH(QList<qint64>, data);
+        QFETCH(qint64, size);
+        {
+            QFile file(QFile::decodeName(at("sparse")));
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(size));
+            for (const qint64 offset : data)
+                QVERIFY(file.seek(offset) && file.write(QByteArray(4096, 'd')) == 4096);
+        }
+        struct stat source {};
+        QCOMPARE(::stat(at("sparse"), &source), 0);
+        if (source.st_blocks * 512 > 8 * 4096 * (data.size() + 1))
+            QSKIP("this file system does not keep holes");
+        QCOMPARE(errorOf(FileSystem::copyFile(at("sparse"), at("copy"))), 0);
+        struct stat copy {};
+        QCOMPARE(::stat(at("copy"), &copy), 0);
+        QCOMPARE(copy.st_size, size);
+        QVERIFY2(copy.st_blocks <= source.st_blocks + 16,
+                 qPrintable(QString::number(copy.st_blocks)));
+        QVERIFY(readFile(at("copy")) == readFile(at("sparse")));
     }
 
     void copyAttributes_data() {
@@ -340,7 +378,7 @@ private Q_SLOTS:
         QVERIFY(::symlink("../src/a", at("dst/link")) == 0);
         QVERIFY(::mkfifo(at("src/fifo"), 0644) == 0);
         const auto before = std::make_pair(snapshot(at("src")), snapshot(at("dst")));
-        const Result<FileStatus> copied =
+        const Result<CopiedFile> copied =
             FileSystem::copyFile(at(paths.section(u' ', 0, 0)), at(paths.section(u' ', 1)));
         QCOMPARE(errorOf(copied), expected);
         // Nothing changed, no temporary file left.
@@ -356,7 +394,7 @@ private Q_SLOTS:
         const struct rlimit small = {65536, old.rlim_max};
         const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
         QVERIFY(::setrlimit(RLIMIT_FSIZE, &small) == 0);
-        const Result<FileStatus> copied = FileSystem::copyFile(at("big"), at("dest"));
+        const Result<CopiedFile> copied = FileSystem::copyFile(at("big"), at("dest"));
         ::setrlimit(RLIMIT_FSIZE, &old);
         std::signal(SIGXFSZ, oldHandler);
         if (copied.ok())

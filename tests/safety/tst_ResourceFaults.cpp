@@ -146,6 +146,24 @@ private Q_SLOTS:
             QCOMPARE(filesBelow(at("src")), QList<QByteArray>{"victim.bin"});
         QVERIFY(contentOf(at("src/ok.txt")) == "ok" || contentOf(at("dst/ok.txt")) == "ok");
     }
+    // A full disk stops only the copies bound for it: the other destination, on another file
+    // system, still gets every file, and no question is asked twice for the full one.
+    void fullDiskStopsOnlyItself() {
+        QVERIFY(writeBytes(at("src/a.bin"), QByteArray(3 * 1024 * 1024, 'a')));
+        QVERIFY(writeBytes(at("src/b.txt"), "b"));
+        QVERIFY(writeBytes(at("src/c.txt"), "c"));
+        QVERIFY(mountTmpfs(at("usb")));
+        QVERIFY(writeBytes(at("job.spc"), specText(at("src"), {at("usb/out"), at("home")})));
+        QVERIFY(writeBytes(at("job.opt"), optionsText({{"CreateDirs", "True"}})));
+        const Outcome r = stage({"--batch", "--on-error=ignore", "--options", at("job.opt"),
+                                 "--log", at("run.log"), at("job.spc")});
+        QVERIFY2(r.finished, "the stager hung or crashed");
+        QCOMPARE(r.code, 1);
+        QCOMPARE(filesBelow(at("home")), (QList<QByteArray>{"a.bin", "b.txt", "c.txt"}));
+        const QByteArray log = contentOf(at("run.log"));
+        QCOMPARE(log.count("***The disk in drive " + at("usb") + ": is full.\r\n"), 1);
+        QCOMPARE(r.err.count("is full"), 1);
+    }
 };
 
 QTEST_GUILESS_MAIN(tst_ResourceFaults)

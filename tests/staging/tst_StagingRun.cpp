@@ -235,17 +235,29 @@ private Q_SLOTS:
         QCOMPARE(f.host.summaryTitle, QString("Staging Aborted!"));
     }
 
+    // Directories the run makes take the bits of the source directories they stand for, so a
+    // private one stays private; its owner may always write into it. The levels above the
+    // destination path keep the default.
     void missingDestinationDirectories_data() {
         QTest::addColumn<bool>("createDirs");
-        QTest::newRow("CreateDirs on") << true;
-        QTest::newRow("CreateDirs off") << false;
+        QTest::addColumn<int>("mode");     // of src/sub
+        QTest::addColumn<int>("expected"); // of the copy of src/sub
+        QTest::newRow("CreateDirs on, private") << true << 0700 << 0700;
+        QTest::newRow("CreateDirs off") << false << 0700 << 0;
+        QTest::newRow("setgid") << true << 02775 << 02775;
+        QTest::newRow("sticky") << true << 01777 << 01777;
+        QTest::newRow("read-only") << true << 0555 << 0755;
     }
 
     void missingDestinationDirectories() {
         QFETCH(bool, createDirs);
+        QFETCH(int, mode);
+        QFETCH(int, expected);
         StagingFixture f;
         f.settings.setCreateDirs(createDirs);
         f.file("src/sub/deep/a.txt", "A");
+        QVERIFY(::chmod(QFile::encodeName(f.path("src/sub")).constData(), mode_t(mode)) == 0);
+        QVERIFY(::chmod(QFile::encodeName(f.path("src")).constData(), 0750) == 0);
         f.group("src", "*.txt", {"out/level1/level2"}, true);
         f.stage();
         QCOMPARE(f.read("out/level1/level2/sub/deep/a.txt"),
@@ -253,6 +265,18 @@ private Q_SLOTS:
         QVERIFY(f.run->state().ProblemFiles.isEmpty());
         QVERIFY(f.host.questions.isEmpty());
         QCOMPARE(f.run->state().CopiedCount, createDirs ? 1 : 0);
+        if (!createDirs)
+            return;
+        const auto modeOf = [&](const QString& dir) {
+            struct stat st {};
+            ::stat(QFile::encodeName(f.path(dir)).constData(), &st);
+            return int(st.st_mode & 07777);
+        };
+        const mode_t umask = ::umask(0);
+        ::umask(umask);
+        QCOMPARE(modeOf("out/level1/level2/sub"), expected);
+        QCOMPARE(modeOf("out/level1/level2"), 0750);
+        QCOMPARE(modeOf("out/level1"), int(0777 & ~umask));
     }
 
     void retryRepeatsTheFailedCopy() {
@@ -305,6 +329,107 @@ private Q_SLOTS:
             "The following files encountered problems during staging:\r\n" + f.path("src/bad.txt") +
             "\r\n"));
         QVERIFY(f.host.summaryText.contains("# of Files Deleted:\t2\r\n# of Files Copied:\t3\r\n"));
+    }
+
+    // Two sources whose copies meet in one destination file: the one replaced by the later
+    // copy keeps its source, however the second copy gets there. A file copied twice over its
+    // own copy is no loss and goes.
+    void moveKeepsSourcesWhoseCopyWasReplaced_data() {
+        QTest::addColumn<QString>("layout");
+        QTest::addColumn<QStringList>("kept");   // sources left, "name=content"
+        QTest::addColumn<QStringList>("copies"); // destination files, "name=content"
+        QTest::newRow("two source paths")
+            << "paths" << QStringList{"s1/x.txt=one"} << QStringList{"d/x.txt=two"};
+        QTest::newRow("two file groups")
+            << "groups" << QStringList{"t/sub/x.txt=sub"}
+            << QStringList{"d/x.txt=top", "d/sub/x.txt=top", "d/sub/sub/x.txt=sub"};
+        QTest::newRow("overlapping source trees") << "trees" << QStringList{"t/x.txt=top"}
+                                                  << QStringList{"d/x.txt=sub", "d/sub/x.txt=sub"};
+        QTest::newRow("<various> and a walked tree")
+            << "various" << QStringList{"s1/x.txt=one"} << QStringList{"d/x.txt=two"};
+        QTest::newRow("one file twice") << "twice" << QStringList{} << QStringList{"d/x.txt=one"};
+    }
+
+    void moveKeepsSourcesWhoseCopyWasReplaced() {
+        QFETCH(QString, layout);
+        QFETCH(QStringList, kept);
+        QFETCH(QStringList, copies);
+        StagingFixture f;
+        f.settings.setDelSource(true);
+        f.settings.setOverwrite(2);
+        if (layout == "groups" || layout == "trees") {
+            f.file("t/x.txt", "top");
+            f.file("t/sub/x.txt", "sub");
+        } else {
+            f.file("s1/x.txt", "one");
+            if (layout != "twice")
+                f.file("s2/x.txt", "two");
+        }
+        if (layout == "paths") {
+            f.group("s1", "*.*", {"d"});
+            f.group("s2", "*.*", {"d"});
+        } else if (layout == "groups") {
+            f.group("t", "*.txt", {"d"}, true);
+            f.group("t", "x.*", {"d/sub"}, true);
+        } else if (layout == "trees") {
+            f.group("t", "*.*", {"d"}, true);
+            f.group("t/sub", "*.*", {"d"});
+        } else if (layout == "various") {
+            f.various = {f.path("s1/x.txt")};
+            f.group("<various>", "*.*", {"d"});
+            f.group("s2", "*.*", {"d"});
+        } else {
+            f.group("s1", "*.txt", {"d"});
+            f.group("s1", "x.*", {"d"});
+        }
+        const QStringList log = f.stage();
+        QStringList left;
+        for (const QString& source : QStringList{"s1/x.txt", "s2/x.txt", "t/x.txt", "t/sub/x.txt"})
+            if (f.exists(source))
+                left << source + "=" + f.read(source);
+        QCOMPARE(left, kept);
+        for (const QString& copy : copies)
+            QCOMPARE(f.read(copy.section('=', 0, 0)), copy.section('=', 1).toUtf8());
+        QString undeleted;
+        for (const QString& source : kept) {
+            const QString path = f.path(source.section('=', 0, 0));
+            undeleted += path + "\r\n";
+            QVERIFY2(std::any_of(log.begin(), log.end(),
+                                 [&](const QString& line) {
+                                     return line.startsWith(">>>" + path + " was copied to ") &&
+                                            line.endsWith(", which no longer holds it; it was not "
+                                                          "deleted.");
+                                 }),
+                     qPrintable(log.join('\n')));
+        }
+        QCOMPARE(f.run->state().UndeletedFiles, undeleted);
+        QVERIFY(f.run->state().ProblemFiles.isEmpty());
+    }
+
+    // A link staged as the file it leads to is moved as the link: removing it never goes
+    // through it to the file, which the same run may already have moved.
+    void moveOfALinkRemovesTheLink_data() {
+        QTest::addColumn<QString>("link");
+        QTest::newRow("link listed before its file") << "a-link.txt";
+        QTest::newRow("link listed after its file") << "z-link.txt";
+    }
+
+    void moveOfALinkRemovesTheLink() {
+        QFETCH(QString, link);
+        StagingFixture f;
+        f.settings.setDelSource(true);
+        f.file("src/m-file.txt", "content");
+        QVERIFY(QFile::link("m-file.txt", f.path("src/" + link)));
+        f.group("src", "*.txt", {"dst"});
+        f.stage();
+        QCOMPARE(f.read("dst/m-file.txt"), QByteArray("content"));
+        QCOMPARE(f.read("dst/" + link), QByteArray("content"));
+        QVERIFY(QDir(f.path("src"))
+                    .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)
+                    .isEmpty());
+        QVERIFY(f.run->state().ProblemFiles.isEmpty());
+        QVERIFY(f.run->state().UndeletedFiles.isEmpty());
+        QVERIFY(!f.run->state().errorReported);
     }
 
     void cancelledMoveDeletesNothing() {

@@ -22,6 +22,8 @@
 #include <QTimer>
 #include <QtTest>
 
+#include "tests/ui/WhenModal.h"
+
 #include <functional>
 
 using namespace ondrel;
@@ -30,26 +32,11 @@ namespace {
 
 const FixedScreen kScreen(9600, 7200);
 
-// Calls then(window) once a modal window of type T is up, polling the modal stack, as a user
-// would wait for it to appear.
-template <typename T> void whenModal(std::function<void(T*)> then) {
-    auto* timer = new QTimer;
-    timer->setInterval(10);
-    QObject::connect(timer, &QTimer::timeout, [timer, then] {
-        if (auto* window = qobject_cast<T*>(QApplication::activeModalWidget())) {
-            timer->stop();
-            timer->deleteLater();
-            then(window);
-        }
-    });
-    timer->start();
-}
-
 // The real disk, with a hook into each copy: what a user could do while the run works.
 class HookedDiskOps : public DiskFileOps {
 public:
     std::function<void()> onCopy;
-    Result<FileStatus> copyFile(const QByteArray& source, const QByteArray& destination,
+    Result<CopiedFile> copyFile(const QByteArray& source, const QByteArray& destination,
                                 DestinationHint hint) override {
         if (onCopy)
             onCopy();

@@ -1,8 +1,12 @@
 #include "ui/editor/frmCESpecs.h"
 
 #include "platform/Help.h"
+#include "platform/MsgBox.h"
 #include "ui/controls/MainWindowViews.h"
 #include "ui/controls/ProgramObjects.h"
+#include "ui/editor/DestPathsPage.h"
+#include "ui/editor/FileGroupsPage.h"
+#include "ui/editor/SourcePathsPage.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -13,6 +17,19 @@
 #include <QVBoxLayout>
 
 namespace ondrel {
+
+namespace {
+
+// The drive every system has, where the editor's browsers go when the default one is not there.
+const QString kFallbackDrive = QStringLiteral("/");
+
+void setBold(QPushButton* button, bool bold) {
+    QFont font = button->font();
+    font.setBold(bold);
+    button->setFont(font);
+}
+
+} // namespace
 
 frmCESpecs::frmCESpecs(ProgramObjects& program, QWidget* parent)
     : QDialog(parent), m_program(program) {
@@ -29,9 +46,11 @@ frmCESpecs::frmCESpecs(ProgramObjects& program, QWidget* parent)
     tdgCESpecs = new QTabWidget(this);
     tdgCESpecs->setObjectName(QStringLiteral("tdgCESpecs"));
     tdgCESpecs->setAccessibleName(QStringLiteral("Spec levels"));
-    for (const QString& caption : {QStringLiteral("&Source Paths"), QStringLiteral("&File Groups"),
-                                   QStringLiteral("Destination &Paths")})
-        tdgCESpecs->addTab(new QWidget(tdgCESpecs), caption);
+    m_pages = {new SourcePathsPage(*this, tdgCESpecs), new FileGroupsPage(*this, tdgCESpecs),
+               new DestPathsPage(*this, tdgCESpecs)};
+    tdgCESpecs->addTab(m_pages[0], QStringLiteral("&Source Paths"));
+    tdgCESpecs->addTab(m_pages[1], QStringLiteral("&File Groups"));
+    tdgCESpecs->addTab(m_pages[2], QStringLiteral("Destination &Paths"));
 
     cmdOK = new QPushButton(QStringLiteral("OK"), this);
     cmdOK->setObjectName(QStringLiteral("cmdOK"));
@@ -52,11 +71,71 @@ frmCESpecs::frmCESpecs(ProgramObjects& program, QWidget* parent)
     layout->addLayout(chooser);
     layout->addWidget(tdgCESpecs, 1);
     layout->addWidget(buttons);
-    resize(560, 420);
+    resize(600, 480);
 
+    connect(tdgCESpecs, &QTabWidget::currentChanged, this, &frmCESpecs::tdgCESpecs_Click);
+    connect(cboSPs, &QComboBox::activated, this, &frmCESpecs::cboSPs_Click);
     connect(cmdOK, &QPushButton::clicked, this, &frmCESpecs::cmdOK_Click);
     connect(cmdCancel, &QPushButton::clicked, this, &frmCESpecs::cmdCancel_Click);
     connect(cmdHelp, &QPushButton::clicked, this, &frmCESpecs::cmdHelp_Click);
+}
+
+void frmCESpecs::Form_Load() {
+    const clsOndrelApp& settings = *m_program.Settings;
+    const QString drive = settings.DefaultDrive();
+    bool failed = false;
+    for (int p : {2, 0})
+        failed = !m_pages[size_t(p)]->browseTo(drive, settings.DefaultPath()).ok() || failed;
+    if (!failed || drive == kFallbackDrive)
+        return;
+    MsgBox(QStringLiteral("Error occurred while changing to default directory.  Check network "
+                          "connections and drive mappings."),
+           MsgButtons::OK, MsgIcon::Exclamation, QStringLiteral("Network or Drive Error"));
+    for (EditorPage* page : m_pages)
+        page->fallBackTo(kFallbackDrive);
+}
+
+void frmCESpecs::showEvent(QShowEvent* event) {
+    QDialog::showEvent(event);
+    // The program makes the dialog before it reads the settings; it loads when first shown.
+    if (!m_loaded) {
+        m_loaded = true;
+        Form_Load();
+    }
+    tdgCESpecs_Click();
+}
+
+void frmCESpecs::mouseDoubleClickEvent(QMouseEvent* event) {
+    QDialog::mouseDoubleClickEvent(event);
+    for (int p : {2, 0})
+        m_pages[size_t(p)]->refreshBrowser();
+}
+
+void frmCESpecs::tdgCESpecs_Click() {
+    const int tab = tdgCESpecs->currentIndex();
+    if (tab == 0 && cboSPs->isEnabled()) {
+        cboSPs->setEnabled(false);
+        lblSPs->setEnabled(false);
+    } else if (tab > 0 && !cboSPs->isEnabled()) {
+        cboSPs->setEnabled(true);
+        lblSPs->setEnabled(true);
+    }
+    if (EditMode != 0)
+        EndEditMode();
+    if (WorkingSPs)
+        page(tab)->rebuild();
+}
+
+void frmCESpecs::EndEditMode() {
+    if (EditMode >= 1 && EditMode <= 3)
+        setBold(page(EditMode - 1)->editButton(), false);
+    EditMode = 0;
+}
+
+void frmCESpecs::beginEdit(int mode, int index) {
+    EditMode = mode;
+    EditIndex = index;
+    setBold(page(mode - 1)->editButton(), true);
 }
 
 void frmCESpecs::cmdOK_Click() {

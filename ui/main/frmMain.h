@@ -104,6 +104,7 @@ private:
     void buildMenus();
     void buildToolBar();
     void buildContextMenu();
+    void nameToolBarExtension();
     QAction* addAction(QMenu* menu, const QString& name, const QString& caption,
                        void (frmMain::*handler)());
     void connectToggle(QAction* action, const std::function<void()>& handler);

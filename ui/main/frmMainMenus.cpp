@@ -171,6 +171,16 @@ void frmMain::buildToolBar() {
                     [this, key] { tbrToolBar_ButtonClick(key); });
         }
     }
+    nameToolBarExtension();
+}
+
+void frmMain::nameToolBarExtension() {
+    // The button that shows the buttons a narrow window has no room for.
+    if (auto* more = tbrToolBar->findChild<QToolButton*>(QStringLiteral("qt_toolbar_ext_button")))
+        more->setAccessibleName(QStringLiteral("More buttons"));
+    // And the one that shows the menus a narrow window has no room for.
+    if (auto* more = menuBar()->findChild<QToolButton*>(QStringLiteral("qt_menubar_ext_button")))
+        more->setAccessibleName(QStringLiteral("More menus"));
 }
 
 void frmMain::buildContextMenu() {

@@ -7,6 +7,7 @@
 #include "ui/controls/ProgramObjects.h"
 
 #include <QAction>
+#include <QHash>
 #include <QLabel>
 #include <QStatusBar>
 #include <QToolBar>
@@ -14,35 +15,35 @@
 
 namespace ondrel {
 
+namespace {
+
+QString yes(bool value) {
+    return basLibrary::YesNo(value);
+}
+
+} // namespace
+
 void frmMain::UpdtStagePropsList() {
-    const clsOndrelApp& s = settings();
+    using Value = QString (*)(const clsOndrelApp&);
+    static const QHash<QString, Value> kValues = {
+        {QStringLiteral("CreateLog"), [](const clsOndrelApp& s) { return yes(s.CreateLog()); }},
+        {QStringLiteral("ShowErrMsgs"), [](const clsOndrelApp& s) { return yes(s.ShowErrMsgs()); }},
+        {QStringLiteral("InclArc"), [](const clsOndrelApp& s) { return yes(s.InclArc()); }},
+        {QStringLiteral("InclHid"), [](const clsOndrelApp& s) { return yes(s.InclHid()); }},
+        {QStringLiteral("InclRO"), [](const clsOndrelApp& s) { return yes(s.InclRO()); }},
+        {QStringLiteral("InclSys"), [](const clsOndrelApp& s) { return yes(s.InclSys()); }},
+        {QStringLiteral("DelSource"), [](const clsOndrelApp& s) { return yes(s.DelSource()); }},
+        {QStringLiteral("CreateDirs"), [](const clsOndrelApp& s) { return yes(s.CreateDirs()); }},
+        {QStringLiteral("Overwrite"),
+         [](const clsOndrelApp& s) { return OverwriteModeText(s.Overwrite()); }},
+        {QStringLiteral("ResetArchive"),
+         [](const clsOndrelApp& s) { return yes(s.ResetArchive()); }},
+    };
+    // "InclSubDirs" has no entry: its value belongs to the selected source path.
     for (int i = 0; i < lvwSPProps->topLevelItemCount(); ++i) {
         QTreeWidgetItem* row = lvwSPProps->topLevelItem(i);
-        const QString key = row->data(0, Qt::UserRole).toString();
-        QString value;
-        if (key == QLatin1String("CreateLog"))
-            value = basLibrary::YesNo(s.CreateLog());
-        else if (key == QLatin1String("ShowErrMsgs"))
-            value = basLibrary::YesNo(s.ShowErrMsgs());
-        else if (key == QLatin1String("InclArc"))
-            value = basLibrary::YesNo(s.InclArc());
-        else if (key == QLatin1String("InclHid"))
-            value = basLibrary::YesNo(s.InclHid());
-        else if (key == QLatin1String("InclRO"))
-            value = basLibrary::YesNo(s.InclRO());
-        else if (key == QLatin1String("InclSys"))
-            value = basLibrary::YesNo(s.InclSys());
-        else if (key == QLatin1String("DelSource"))
-            value = basLibrary::YesNo(s.DelSource());
-        else if (key == QLatin1String("CreateDirs"))
-            value = basLibrary::YesNo(s.CreateDirs());
-        else if (key == QLatin1String("Overwrite"))
-            value = OverwriteModeText(s.Overwrite());
-        else if (key == QLatin1String("ResetArchive"))
-            value = basLibrary::YesNo(s.ResetArchive());
-        else
-            continue; // "InclSubDirs" belongs to the selected source path
-        row->setText(1, value);
+        if (const Value value = kValues.value(row->data(0, Qt::UserRole).toString()))
+            row->setText(1, value(settings()));
     }
 }
 

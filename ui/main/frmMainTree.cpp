@@ -154,6 +154,7 @@ void frmMain::mnuTVContextISD_Click() {
     mnuTVContextISD->setChecked(include);
     UpdtISD(include);
     spec().SPs().Item(strCurrentSP)->setInclSubDirs(include);
+    spec().setDirty(true);
 }
 
 void frmMain::openOptions(int page) {

@@ -2,6 +2,7 @@
 #include "app/ProgramDirectory.h"
 #include "ui/controls/QtFileDialog.h"
 #include "ui/controls/QtMsgBox.h"
+#include "ui/help/QtHelp.h"
 #include "ui/main/MainIcons.h"
 #include "ui/main/SubMain.h"
 
@@ -15,5 +16,6 @@ int main(int argc, char* argv[]) {
     QApplication::setWindowIcon(ondrel::programIcon());
     ondrel::installQtMsgBoxHandler();
     ondrel::installQtFileDialogHandler();
+    ondrel::installQtHelpHandler();
     return ondrel::SubMain(ondrel::ProgramDirectory());
 }
