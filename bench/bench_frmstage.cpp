@@ -3,8 +3,8 @@
 // Usage: bench_frmstage SPEC OPTIONS   (run it with QT_QPA_PLATFORM=offscreen)
 // Exit status: 0 when every file was staged, 1 on problems, 2 on wrong usage.
 #include "app/ScreenMetrics.h"
-#include "bench/SummaryCloser.h"
 #include "app/clsOndrelApp.h"
+#include "bench/SummaryCloser.h"
 #include "platform/MsgBox.h"
 #include "spec/clsSpecFile.h"
 #include "staging/StagingFileOps.h"

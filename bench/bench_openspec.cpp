@@ -139,8 +139,8 @@ int main(int argc, char* argv[]) {
             timeOpen();
             timeLoad();
         }
-        std::printf("round %d: load %.4f open %.4f painted %.4f\n", r + 1, load.back(),
-                    open.back(), painted.back());
+        std::printf("round %d: load %.4f open %.4f painted %.4f\n", r + 1, load.back(), open.back(),
+                    painted.back());
         std::fflush(stdout);
     }
     std::printf("median load %.6f\nmedian open %.6f\nmedian painted %.6f\n", medianOf(load),

@@ -67,8 +67,7 @@ int main(int argc, char* argv[]) {
     const QString options = args[3];
     // A message box means the run did not go as a benchmark run should.
     setMsgBoxHandler([](const MsgBoxRequest& r) {
-        qFatal("bench_windowstage: message box: %s: %s", qPrintable(r.title),
-               qPrintable(r.prompt));
+        qFatal("bench_windowstage: message box: %s: %s", qPrintable(r.title), qPrintable(r.prompt));
         return MsgAnswer::OK;
     });
     QTemporaryDir scratch;
