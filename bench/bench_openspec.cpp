@@ -3,7 +3,8 @@
 // Usage: bench_openspec [ROUNDS [SPEC]]   (run it with QT_QPA_PLATFORM=offscreen; without a
 // spec, one is made in a scratch directory)
 // Prints each round, then "median load|open|painted SECONDS": the load alone, the File Open
-// command until it returns, and until the tree has been painted.
+// command until it returns, and until the tree has been painted; then "median ratio R", the
+// median of the rounds' painted / load.
 #include "bench/BenchSpecs.h"
 #include "bench/BenchTimes.h"
 #include "platform/MsgBox.h"
@@ -143,7 +144,7 @@ int main(int argc, char* argv[]) {
                     painted.back());
         std::fflush(stdout);
     }
-    std::printf("median load %.6f\nmedian open %.6f\nmedian painted %.6f\n", medianOf(load),
-                medianOf(open), medianOf(painted));
+    std::printf("median load %.6f\nmedian open %.6f\nmedian painted %.6f\nmedian ratio %.4f\n",
+                medianOf(load), medianOf(open), medianOf(painted), medianRatio(painted, load));
     return 0;
 }

@@ -2,7 +2,8 @@
 // one process that is already up, the two taking turns.
 // Usage: bench_windowstage SOURCE OUT OPTIONS [ROUNDS]   (run it with QT_QPA_PLATFORM=offscreen)
 // Each run stages all of SOURCE with its subdirectories to a new directory: OUT/window-N and
-// OUT/stager-N in round N. Prints each round, then "median window|stager SECONDS".
+// OUT/stager-N in round N. Prints each round, then "median window|stager SECONDS" and
+// "median ratio R", the median of the rounds' window / stager.
 //
 // What is timed on each side is what follows the program's start-up and the spec's load:
 // - the window: File > Stage Files (mnuFileStageFiles_Click) on the opened spec, without a log,
@@ -136,6 +137,7 @@ int main(int argc, char* argv[]) {
         std::printf("round %d: window %.4f stager %.4f\n", r, window.back(), stager.back());
         std::fflush(stdout);
     }
-    std::printf("median window %.6f\nmedian stager %.6f\n", medianOf(window), medianOf(stager));
+    std::printf("median window %.6f\nmedian stager %.6f\nmedian ratio %.4f\n", medianOf(window),
+                medianOf(stager), medianRatio(window, stager));
     return 0;
 }
