@@ -3,7 +3,8 @@
 // Usage: bench_windowstage SOURCE OUT OPTIONS [ROUNDS]   (run it with QT_QPA_PLATFORM=offscreen)
 // Each run stages all of SOURCE with its subdirectories to a new directory: OUT/window-N and
 // OUT/stager-N in round N. Prints each round, then "median window|stager SECONDS" and
-// "median ratio R", the median of the rounds' window / stager.
+// "median ratio R", the median of the rounds' window / stager, and the processor time (user and
+// system) of each side: what the window adds, apart from the disk's waits.
 //
 // What is timed on each side is what follows the program's start-up and the spec's load:
 // - the window: File > Stage Files (mnuFileStageFiles_Click) on the opened spec, without a log,
@@ -34,6 +35,7 @@
 #include <QTemporaryDir>
 
 #include <cstdio>
+#include <ctime>
 #include <unistd.h>
 
 using namespace ondrel;
@@ -51,6 +53,13 @@ QString writeSpec(const QString& dir, const QString& name, const QString& source
     spec.setName(name);
     spec.SaveSpecFile();
     return spec.Path() + spec.Name();
+}
+
+// The process's processor time so far, user and system, in seconds.
+double cpuSeconds() {
+    timespec t{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
+    return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_nsec) / 1e9;
 }
 
 } // namespace
@@ -89,7 +98,9 @@ int main(int argc, char* argv[]) {
     const QStringList various{QString()};
 
     std::vector<double> window, stager;
+    std::vector<double> windowCpu, stagerCpu;
     QElapsedTimer timer;
+    double cpuStart = 0;
     auto stageFromWindow = [&](int round) {
         ScriptedFileDialog dialog;
         dialog.queue(writeSpec(scratch.path(), QStringLiteral("window.spc"), source,
@@ -99,8 +110,10 @@ int main(int argc, char* argv[]) {
         const int summaries = closer.shown;
         ::sync();
         timer.start();
+        cpuStart = cpuSeconds();
         main->mnuFileStageFiles_Click();
         window.push_back(timer.nsecsElapsed() / 1e9);
+        windowCpu.push_back(cpuSeconds() - cpuStart);
         if (closer.shown != summaries + 1)
             qFatal("bench_windowstage: the window showed no summary");
     };
@@ -111,6 +124,7 @@ int main(int argc, char* argv[]) {
             qFatal("bench_windowstage: the spec did not load");
         ::sync();
         timer.start();
+        cpuStart = cpuSeconds();
         TerminalHost host({}, TerminalHost::Asking::FromAnswers, TerminalHost::Progress::Hidden);
         DiskFileOps ops;
         StagingRun run(spec, settings, various, host, ops, nullptr, settings.programDirectory());
@@ -122,6 +136,7 @@ int main(int argc, char* argv[]) {
             run.run();
         }
         stager.push_back(timer.nsecsElapsed() / 1e9);
+        stagerCpu.push_back(cpuSeconds() - cpuStart);
         const RunState& state = run.state();
         if (state.Cancelled || !state.ProblemFiles.isEmpty())
             qFatal("bench_windowstage: the headless run had problems");
@@ -134,10 +149,13 @@ int main(int argc, char* argv[]) {
             stageHeadless(r);
             stageFromWindow(r);
         }
-        std::printf("round %d: window %.4f stager %.4f\n", r, window.back(), stager.back());
+        std::printf("round %d: window %.4f stager %.4f (processor %.4f, %.4f)\n", r, window.back(),
+                    stager.back(), windowCpu.back(), stagerCpu.back());
         std::fflush(stdout);
     }
     std::printf("median window %.6f\nmedian stager %.6f\nmedian ratio %.4f\n", medianOf(window),
                 medianOf(stager), medianRatio(window, stager));
+    std::printf("median processor window %.6f\nmedian processor stager %.6f\n", medianOf(windowCpu),
+                medianOf(stagerCpu));
     return 0;
 }
