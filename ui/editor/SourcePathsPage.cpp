@@ -1,20 +1,196 @@
 #include "ui/editor/SourcePathsPage.h"
 
+#include "platform/MsgBox.h"
+#include "ui/controls/DirList.h"
+#include "ui/controls/DriveList.h"
+#include "ui/controls/ProgramObjects.h"
+#include "ui/editor/PathBrowser.h"
 #include "ui/editor/frmCESpecs.h"
 
+#include <QComboBox>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QListWidget>
 #include <QPushButton>
-#include <QVBoxLayout>
+
+#include <utility>
 
 namespace ondrel {
 
-SourcePathsPage::SourcePathsPage(frmCESpecs& editor, QWidget* parent) : EditorPage(editor, parent) {
-    cmdSPEdit = new QPushButton(QStringLiteral("&Edit"), this);
-    cmdSPEdit->setObjectName(QStringLiteral("cmdSPEdit"));
-    auto* layout = new QVBoxLayout(this);
-    layout->addWidget(cmdSPEdit);
-    layout->addStretch(1);
+namespace {
+
+const QString kVarious = QStringLiteral("<various>");
+const QString kTitle = QStringLiteral("Create/Edit Source Paths");
+
+int selectedRow(const QListWidget* list) {
+    const QListWidgetItem* item = list->currentItem();
+    return item != nullptr && item->isSelected() ? list->row(item) : -1;
 }
 
-void SourcePathsPage::rebuild() {}
+} // namespace
+
+SourcePathsPage::SourcePathsPage(frmCESpecs& editor, QWidget* parent) : EditorPage(editor, parent) {
+    m_browser = new PathBrowser(QStringLiteral("SP"), this);
+
+    lstSPList = new QListWidget(this);
+    lstSPList->setObjectName(QStringLiteral("lstSPList"));
+    lstSPList->setAccessibleName(QStringLiteral("Source paths"));
+    lstSPList->setAccessibleDescription(
+        QStringLiteral("Checked source paths include their subdirectories"));
+    auto* lblList = new QLabel(QStringLiteral("Source Path &List:"), this);
+    lblList->setBuddy(lstSPList);
+
+    cmdSPAdd = new QPushButton(QStringLiteral("&Add"), this);
+    cmdSPAdd->setObjectName(QStringLiteral("cmdSPAdd"));
+    cmdSPEdit = new QPushButton(QStringLiteral("&Edit"), this);
+    cmdSPEdit->setObjectName(QStringLiteral("cmdSPEdit"));
+    cmdSPDelete = new QPushButton(QStringLiteral("&Delete"), this);
+    cmdSPDelete->setObjectName(QStringLiteral("cmdSPDelete"));
+
+    auto* buttons = new QHBoxLayout;
+    for (QPushButton* b : {cmdSPAdd, cmdSPEdit, cmdSPDelete}) {
+        b->setAutoDefault(false);
+        buttons->addWidget(b);
+    }
+    auto* layout = new QGridLayout(this);
+    layout->addWidget(m_browser->drivesCaption, 0, 0);
+    layout->addWidget(m_browser->drives, 1, 0);
+    layout->addWidget(m_browser->directoriesCaption, 2, 0);
+    layout->addWidget(m_browser->directories, 3, 0);
+    layout->addWidget(lblList, 0, 1);
+    layout->addWidget(lstSPList, 1, 1, 3, 1);
+    layout->addLayout(buttons, 4, 1);
+    layout->addLayout(m_browser->pathRow, 5, 0, 1, 2);
+    layout->setRowStretch(3, 1);
+    layout->setColumnStretch(0, 1);
+    layout->setColumnStretch(1, 1);
+
+    connect(lstSPList, &QListWidget::itemChanged, this, &SourcePathsPage::lstSPList_ItemCheck);
+    connect(lstSPList, &QListWidget::clicked, this, &SourcePathsPage::lstSPList_Click);
+    connect(lstSPList, &QListWidget::currentRowChanged, this, &SourcePathsPage::lstSPList_Click);
+    connect(cmdSPAdd, &QPushButton::clicked, this, &SourcePathsPage::cmdSPAdd_Click);
+    connect(cmdSPEdit, &QPushButton::clicked, this, &SourcePathsPage::cmdSPEdit_Click);
+    connect(cmdSPDelete, &QPushButton::clicked, this, &SourcePathsPage::cmdSPDelete_Click);
+}
+
+void SourcePathsPage::rebuild() {
+    const QComboBox& chooser = *m_editor.cboSPs;
+    m_filling = true;
+    lstSPList->clear();
+    for (int i = 0; i < chooser.count(); ++i)
+        addEntry(chooser.itemText(i),
+                 m_editor.WorkingSPs->Item(chooser.itemText(i))->InclSubDirs());
+    m_filling = false;
+}
+
+void SourcePathsPage::addEntry(const QString& name, bool checked) {
+    const bool filling = std::exchange(m_filling, true);
+    auto* item = new QListWidgetItem(name, lstSPList);
+    item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
+    item->setCheckState(checked ? Qt::Checked : Qt::Unchecked);
+    m_filling = filling;
+}
+
+Result<void> SourcePathsPage::browseTo(const QString& drive, const QString& path) {
+    return m_browser->browseTo(drive, path);
+}
+
+void SourcePathsPage::fallBackTo(const QString& drive) {
+    m_browser->fallBackTo(drive);
+}
+
+void SourcePathsPage::refreshBrowser() {
+    m_browser->refresh();
+}
+
+void SourcePathsPage::lstSPList_Click() {
+    if (!m_filling && m_editor.EditMode != 0)
+        m_editor.EndEditMode();
+}
+
+void SourcePathsPage::lstSPList_ItemCheck(QListWidgetItem* item) {
+    if (m_filling)
+        return;
+    m_editor.WorkingSPs->Item(item->text())->setInclSubDirs(item->checkState() == Qt::Checked);
+}
+
+void SourcePathsPage::cmdSPAdd_Click() {
+    const QString path = m_browser->path();
+    for (int i = 0; i < lstSPList->count(); ++i) {
+        if (lstSPList->item(i)->text() == path) {
+            MsgBox(QStringLiteral("Source Path '") + path +
+                       QStringLiteral("' already exists for this Spec File."),
+                   MsgButtons::OK, MsgIcon::Exclamation, kTitle);
+            return;
+        }
+    }
+    clsSourcePaths& sps = *m_editor.WorkingSPs;
+    try {
+        if (m_editor.EditMode == 1) {
+            const int at = m_editor.EditIndex;
+            const auto sp = sps.Item(lstSPList->item(at)->text());
+            // The list compares with case and the collection without: a name that differs from
+            // another only in case is refused before Rename, which would already have taken the
+            // entry out when it fails.
+            for (const auto& other : sps) {
+                if (other != sp && other->Key().compare(path, Qt::CaseInsensitive) == 0)
+                    throw Error(ErrNo::DuplicateKey, QStringLiteral("clsSourcePaths"));
+            }
+            sps.Rename(sp->Name(), path, sp);
+            lstSPList->item(at)->setText(path);
+            m_editor.cboSPs->setItemText(at, path);
+            m_editor.EndEditMode();
+        } else {
+            sps.Add(path);
+            addEntry(path, false);
+            m_editor.cboSPs->addItem(path);
+        }
+    } catch (const Error& error) {
+        ShowErrorReport(error, QStringLiteral("Add Source Path"));
+    }
+}
+
+void SourcePathsPage::cmdSPEdit_Click() {
+    if (m_editor.EditMode == 1) {
+        m_editor.EndEditMode();
+        return;
+    }
+    const int row = selectedRow(lstSPList);
+    if (row < 0)
+        return;
+    const QString name = lstSPList->item(row)->text();
+    if (name == kVarious) {
+        MsgBox(QStringLiteral("You cannot edit or delete the Source Path '<various>'."),
+               MsgButtons::OK, MsgIcon::Exclamation, kTitle);
+        return;
+    }
+    m_editor.beginEdit(1, row);
+    m_browser->openAtEntry(name, QStringLiteral("Source Path"), QStringLiteral("Edit Source Path"));
+}
+
+void SourcePathsPage::cmdSPDelete_Click() {
+    const int row = selectedRow(lstSPList);
+    if (row < 0)
+        return;
+    const QString name = lstSPList->item(row)->text();
+    if (name == kVarious) {
+        MsgBox(QStringLiteral("You cannot edit or delete the Source Path '<various>'."),
+               MsgButtons::OK, MsgIcon::Exclamation, kTitle);
+        return;
+    }
+    if (m_editor.program().Settings->ShowConfirmMsgs() &&
+        MsgBox(QStringLiteral("OK to delete Source Path '") + name +
+                   QStringLiteral("'?\r\n\r\nNOTE:  All associated File Groups and Destination "
+                                  "Paths will also be deleted."),
+               MsgButtons::OKCancel, MsgIcon::Question, kTitle) != MsgAnswer::OK)
+        return;
+    m_editor.WorkingSPs->Remove(name);
+    delete lstSPList->takeItem(row);
+    m_editor.cboSPs->removeItem(row);
+    m_editor.cboSPs->setCurrentIndex(0);
+    if (m_editor.EditMode == 1)
+        m_editor.EndEditMode();
+}
 
 } // namespace ondrel

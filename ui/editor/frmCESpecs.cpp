@@ -36,7 +36,7 @@ frmCESpecs::frmCESpecs(ProgramObjects& program, QWidget* parent)
     setObjectName(QStringLiteral("frmCESpecs"));
     setWindowTitle(QStringLiteral("Create/Edit Specs"));
 
-    lblSPs = new QLabel(QStringLiteral("Source &Path:"), this);
+    lblSPs = new QLabel(QStringLiteral("S&ource Path:"), this);
     lblSPs->setObjectName(QStringLiteral("lblSPs"));
     cboSPs = new QComboBox(this);
     cboSPs->setObjectName(QStringLiteral("cboSPs"));
@@ -144,7 +144,8 @@ void frmCESpecs::cmdOK_Click() {
     spec.setDirty(true);
     WorkingSPs.reset();
     m_program.MainViews->UpdtSpecList();
-    m_program.MainViews->UpdtISD(spec.SPs().Item(1)->InclSubDirs());
+    // A spec whose every source path was deleted shows no sub-directories.
+    m_program.MainViews->UpdtISD(spec.SPs().Count() > 0 && spec.SPs().Item(1)->InclSubDirs());
     accept();
 }
 

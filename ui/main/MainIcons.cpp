@@ -2,45 +2,78 @@
 
 #include "ui/main/SpecTreeNodes.h"
 
-#include <QHash>
+// The drawings are compiled into this static library; a program that links it pulls the resource
+// in only when something calls its initialiser, which must be called outside any namespace.
+static void initMainIcons() {
+    Q_INIT_RESOURCE(MainIcons);
+}
 
 namespace ondrel {
 
+namespace {
+
+struct IconNames {
+    const char* theme;   // freedesktop icon name
+    const char* drawing; // file name, without ".svg", of the drawing shipped with the program
+};
+
+QIcon drawing(const char* name) {
+    static const bool loaded = (initMainIcons(), true);
+    Q_UNUSED(loaded);
+    return QIcon(QStringLiteral(":/ondrel/icons/%1.svg").arg(QLatin1String(name)));
+}
+
+// The desktop's icon theme comes first, so the window matches the desktop; the drawing stands in
+// where there is no theme (a fresh machine, a virtual display) or the theme lacks the name.
+QIcon themedIcon(const IconNames& names) {
+    return QIcon::fromTheme(QLatin1String(names.theme), drawing(names.drawing));
+}
+
+} // namespace
+
 QIcon mainIcon(const QString& toolBarKey) {
-    static const QHash<QString, QString> kThemeNames = {
-        {QStringLiteral("New"), QStringLiteral("document-new")},
-        {QStringLiteral("Open"), QStringLiteral("document-open")},
-        {QStringLiteral("Save"), QStringLiteral("document-save")},
-        {QStringLiteral("Stage"), QStringLiteral("go-jump")},
-        {QStringLiteral("EditSpecs"), QStringLiteral("document-edit")},
-        {QStringLiteral("VarFileSelect"), QStringLiteral("edit-select-all")},
-        {QStringLiteral("Options"), QStringLiteral("preferences-system")},
-        {QStringLiteral("Copy"), QStringLiteral("edit-copy")},
-        {QStringLiteral("Paste"), QStringLiteral("edit-paste")},
-        {QStringLiteral("Delete"), QStringLiteral("edit-delete")},
-        {QStringLiteral("ExpandTVW"), QStringLiteral("zoom-in")},
-        {QStringLiteral("ContractTVW"), QStringLiteral("zoom-out")},
-        {QStringLiteral("Properties"), QStringLiteral("view-list-details")},
-        {QStringLiteral("What'sThis"), QStringLiteral("help-whatsthis")},
+    static const struct {
+        const char* key;
+        IconNames names;
+    } kIcons[] = {
+        {"New", {"document-new", "new"}},
+        {"Open", {"document-open", "open"}},
+        {"Save", {"document-save", "save"}},
+        {"Stage", {"go-jump", "stage"}},
+        {"EditSpecs", {"document-edit", "edit_specs"}},
+        {"VarFileSelect", {"edit-select-all", "var_file_select"}},
+        {"Options", {"preferences-system", "options"}},
+        {"Copy", {"edit-copy", "copy"}},
+        {"Paste", {"edit-paste", "paste"}},
+        {"Delete", {"edit-delete", "delete"}},
+        {"ExpandTVW", {"zoom-in", "expand_tvw"}},
+        {"ContractTVW", {"zoom-out", "contract_tvw"}},
+        {"Properties", {"view-list-details", "properties"}},
+        {"What'sThis", {"help-whatsthis", "whats_this"}},
     };
-    return QIcon::fromTheme(kThemeNames.value(toolBarKey));
+    for (const auto& icon : kIcons) {
+        if (toolBarKey == QLatin1String(icon.key))
+            return themedIcon(icon.names);
+    }
+    return QIcon();
 }
 
 QIcon treeImage(int index) {
     switch (index) {
     case SpecTreeImage::SourcePath:
-        return QIcon::fromTheme(QStringLiteral("folder"));
+        return themedIcon({"folder", "source_path"});
     case SpecTreeImage::SourcePathSelected:
-        return QIcon::fromTheme(QStringLiteral("folder-open"));
+        return themedIcon({"folder-open", "source_path_selected"});
     case SpecTreeImage::FileGroup:
-        return QIcon::fromTheme(QStringLiteral("text-x-generic"));
+        return themedIcon({"text-x-generic", "file_group"});
     default:
-        return QIcon::fromTheme(QStringLiteral("folder-download"));
+        return themedIcon({"folder-download", "destination_path"});
     }
 }
 
 QIcon programIcon() {
-    return QIcon::fromTheme(QStringLiteral("edit-copy"));
+    // Always the program's own drawing: it is what tells this program's windows apart.
+    return drawing("program");
 }
 
 } // namespace ondrel

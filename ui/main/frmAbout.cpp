@@ -16,7 +16,7 @@ frmAbout::frmAbout(QWidget* parent) : QDialog(parent) {
 
     auto* icon = new QLabel(this);
     icon->setObjectName(QStringLiteral("imgIcon"));
-    icon->setPixmap(programIcon().pixmap(64, 64));
+    icon->setPixmap(programIcon().pixmap(QSize(64, 64), icon->devicePixelRatioF()));
     icon->setAccessibleName(QStringLiteral("File Ondrel icon"));
 
     auto* name = new QLabel(QStringLiteral("File Ondrel"), this);

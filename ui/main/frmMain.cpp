@@ -3,6 +3,7 @@
 #include "app/Module1.h"
 #include "platform/MsgBox.h"
 #include "ui/controls/ProgramObjects.h"
+#include "ui/main/MainIcons.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -21,6 +22,7 @@ namespace ondrel {
 frmMain::frmMain(ProgramObjects& program) : m_program(program), m_placement(*this) {
     setObjectName(QStringLiteral("frmMain"));
     setWindowTitle(QStringLiteral("File Ondrel 3.0"));
+    setWindowIcon(programIcon());
     program.MainForm = this;
     program.MainViews = this;
     program.MainPlacement = &m_placement;

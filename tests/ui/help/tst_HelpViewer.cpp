@@ -66,7 +66,7 @@ private Q_SLOTS:
         QTest::newRow("contents asked with a context")
             << 5 << HelpCommand::Contents << "index.html"
             << "File Ondrel Help" << HelpViewer::Tab::Contents;
-        QTest::newRow("context without a topic") << 12 << HelpCommand::Context << "index.html"
+        QTest::newRow("context without a topic") << 99 << HelpCommand::Context << "index.html"
                                                  << "File Ondrel Help" << HelpViewer::Tab::Contents;
     }
     void requestShowsPageAndTab() {
@@ -96,7 +96,9 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("titles");
         QTest::newRow("only on the main screen") << "splitter" << QStringList{"The main screen"};
         QTest::newRow("on every page")
-            << "destination" << QStringList{"File Ondrel Help", "The main screen"};
+            << "destination"
+            << QStringList{"Destination Paths", "File Ondrel Help", "File groups", "Source Paths",
+                           "The main screen"};
         QTest::newRow("nowhere") << "xylophone" << QStringList{};
     }
     void searchFindsTopicsByWord() {

@@ -6,6 +6,8 @@
 #include "staging/frmStage.h"
 #include "staging/frmStageInfo.h"
 #include "ui/controls/ProgramObjects.h"
+#include "ui/main/MainIcons.h"
+#include "ui/main/SpecTreeNodes.h"
 #include "ui/main/SubMain.h"
 #include "ui/main/frmAbout.h"
 
@@ -81,12 +83,25 @@ struct Program {
     std::unique_ptr<frmMain> main;
 };
 
+// An icon drawn at a size, or a null image if it draws nothing there.
+QImage drawn(const QIcon& icon, int size) {
+    const QImage image = icon.pixmap(size, size).toImage().convertToFormat(QImage::Format_ARGB32);
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (qAlpha(image.pixel(x, y)) != 0)
+                return image;
+        }
+    }
+    return QImage();
+}
+
 } // namespace
 
 class tst_frmMain : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase();
     void startsAndRestartsFromTheOptionsFile();
     void drawsTheWorkedExample_data();
     void drawsTheWorkedExample();
@@ -99,7 +114,14 @@ private Q_SLOTS:
     void badOptionsFileEndsWithAReport();
     void everyControlHasANameForScreenReaders();
     void helpMenuOpensItsTopics();
+    void iconsNeedNoIconTheme();
 };
+
+void tst_frmMain::initTestCase() {
+    // As on a machine without a desktop: no icon theme to take icons from.
+    QIcon::setThemeSearchPaths({});
+    QIcon::setThemeName(QStringLiteral("none"));
+}
 
 void tst_frmMain::startsAndRestartsFromTheOptionsFile() {
     QTemporaryDir dir;
@@ -400,6 +422,41 @@ void tst_frmMain::helpMenuOpensItsTopics() {
     const QList<HelpRequest> expected = {
         {0, HelpCommand::Contents}, {0, HelpCommand::PartialKey}, {5, HelpCommand::Context}};
     QVERIFY(help.requests() == expected);
+}
+
+void tst_frmMain::iconsNeedNoIconTheme() {
+    QTemporaryDir dir;
+    Program p(dir.path());
+    p.openWorkedExample();
+    QList<std::pair<QString, QIcon>> icons;
+    for (QAction* a : p.find<QToolBar>(QStringLiteral("tbrToolBar"))->actions()) {
+        if (!a->isSeparator())
+            icons.append({a->data().toString(), a->icon()});
+    }
+    QCOMPARE(icons.size(), 14);
+    for (int i = SpecTreeImage::SourcePath; i <= SpecTreeImage::DestPath; ++i)
+        icons.append({QStringLiteral("tree image %1").arg(i), treeImage(i)});
+    icons.append({QStringLiteral("window"), p.main->windowIcon()});
+
+    // Each draws something at both sizes (the 32-pixel one scaled up, not padded), no two alike.
+    QSet<QByteArray> looks;
+    for (const auto& [name, icon] : icons) {
+        for (int size : {16, 32})
+            QVERIFY2(drawn(icon, size).size() == QSize(size, size), qPrintable(name));
+        const QImage small = drawn(icon, 16);
+        looks.insert(
+            QByteArray(reinterpret_cast<const char*>(small.constBits()), small.sizeInBytes()));
+    }
+    QCOMPARE(looks.size(), icons.size());
+
+    // Source path, file group, destination path: each level of the tree shows its own image.
+    const QTreeWidgetItem* node = p.tree()->topLevelItem(0);
+    for (int image :
+         {SpecTreeImage::SourcePath, SpecTreeImage::FileGroup, SpecTreeImage::DestPath}) {
+        QVERIFY2(drawn(node->icon(0), 16) == drawn(treeImage(image), 16),
+                 qPrintable(node->text(0)));
+        node = node->child(0);
+    }
 }
 
 QTEST_MAIN(tst_frmMain)
