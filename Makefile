@@ -1,6 +1,6 @@
 # make run   install what is missing, build, start the program
 # make test  install what is missing, build, run every test headless
-# make bench build, then time ondrel-stage against cp and rsync (bench/run)
+# make bench build, then time ondrel-stage against cp and rsync, and the window (bench/run)
 # make test-asan  the whole suite under AddressSanitizer and UndefinedBehaviorSanitizer
 # make fuzz  run each fuzz target for a minute from its committed corpus (fuzz/run)
 BUILD ?= build

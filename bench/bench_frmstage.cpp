@@ -4,41 +4,18 @@
 // Exit status: 0 when every file was staged, 1 on problems, 2 on wrong usage.
 #include "app/ScreenMetrics.h"
 #include "app/clsOndrelApp.h"
+#include "bench/SummaryCloser.h"
 #include "platform/MsgBox.h"
 #include "spec/clsSpecFile.h"
 #include "staging/StagingFileOps.h"
 #include "staging/frmStage.h"
-#include "staging/frmStageInfo.h"
 
 #include <QApplication>
-#include <QEvent>
 #include <QFileInfo>
-#include <QMetaObject>
 
 #include <cstdio>
 
 using namespace ondrel;
-
-namespace {
-
-// Accepts the summary box the moment it is shown, as a user clicking OK at once would.
-class SummaryCloser : public QObject {
-public:
-    bool shown = false;
-
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override {
-        if (event->type() == QEvent::Show) {
-            if (auto* info = qobject_cast<frmStageInfo*>(watched)) {
-                shown = true;
-                QMetaObject::invokeMethod(info, &QDialog::accept, Qt::QueuedConnection);
-            }
-        }
-        return false;
-    }
-};
-
-} // namespace
 
 int main(int argc, char* argv[]) {
     QApplication app(argc, argv);
@@ -82,7 +59,7 @@ int main(int argc, char* argv[]) {
 
     const RunState& state = stage.run().state();
     const bool problems = state.Cancelled || !state.ProblemFiles.isEmpty() || asked;
-    if (!closer.shown)
+    if (closer.shown == 0)
         std::fputs("bench_frmstage: the summary box never showed\n", stderr);
-    return problems || !closer.shown ? 1 : 0;
+    return problems || closer.shown == 0 ? 1 : 0;
 }

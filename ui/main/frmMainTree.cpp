@@ -12,6 +12,8 @@
 #include "ui/select/frmVarFileSelect.h"
 
 #include <QComboBox>
+#include <QHash>
+#include <QIcon>
 #include <QMenu>
 #include <QTabWidget>
 #include <QTreeWidget>
@@ -46,13 +48,22 @@ void frmMain::UpdtSpecList() {
     std::vector<QTreeWidgetItem*> added;
     const std::vector<SpecTreeNode> nodes = specTreeNodes(spec().SPs());
     added.reserve(nodes.size());
+    // Each image is made once per drawing and shared by its nodes: making an icon reads its
+    // drawing, which for every node of a large spec costs many times the spec's own load.
+    QHash<int, QIcon> images;
+    auto image = [&images](int index) {
+        auto found = images.constFind(index);
+        if (found == images.cend())
+            found = images.insert(index, treeImage(index));
+        return *found;
+    };
     QList<QTreeWidgetItem*> topLevel;
     for (const SpecTreeNode& n : nodes) {
         QTreeWidgetItem* item =
             n.parentIndex == 0 ? new QTreeWidgetItem()
                                : new QTreeWidgetItem(added[static_cast<size_t>(n.parentIndex - 1)]);
         item->setText(0, n.text);
-        item->setIcon(0, treeImage(n.image));
+        item->setIcon(0, image(n.image));
         item->setData(0, kKeyRole, n.key);
         item->setData(0, kTagRole, n.tag);
         item->setData(0, kIndexRole, n.index);
