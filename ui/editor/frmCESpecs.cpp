@@ -13,6 +13,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QSignalBlocker>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -46,12 +47,42 @@ frmCESpecs::frmCESpecs(ProgramObjects& program, QWidget* parent)
     tdgCESpecs = new QTabWidget(this);
     tdgCESpecs->setObjectName(QStringLiteral("tdgCESpecs"));
     tdgCESpecs->setAccessibleName(QStringLiteral("Spec levels"));
+    // Each tab holds a place for its page until the page is made.
+    for (const QString& caption : {QStringLiteral("&Source Paths"), QStringLiteral("&File Groups"),
+                                   QStringLiteral("Destination &Paths")}) {
+        tdgCESpecs->addTab(new QWidget(tdgCESpecs), caption);
+    }
+
+    auto* chooser = new QHBoxLayout;
+    chooser->addWidget(lblSPs);
+    chooser->addWidget(cboSPs, 1);
+    m_layout = new QVBoxLayout(this);
+    m_layout->addLayout(chooser);
+    m_layout->addWidget(tdgCESpecs, 1);
+    resize(600, 480);
+
+    connect(tdgCESpecs, &QTabWidget::currentChanged, this, &frmCESpecs::tdgCESpecs_Click);
+    connect(cboSPs, &QComboBox::activated, this, &frmCESpecs::cboSPs_Click);
+}
+
+void frmCESpecs::makePages() {
+    if (m_pages[0] != nullptr)
+        return;
     m_pages = {new SourcePathsPage(*this, tdgCESpecs), new FileGroupsPage(*this, tdgCESpecs),
                new DestPathsPage(*this, tdgCESpecs)};
-    tdgCESpecs->addTab(m_pages[0], QStringLiteral("&Source Paths"));
-    tdgCESpecs->addTab(m_pages[1], QStringLiteral("&File Groups"));
-    tdgCESpecs->addTab(m_pages[2], QStringLiteral("Destination &Paths"));
+    // The pages take their tabs' places, the tab in front staying in front.
+    const QSignalBlocker quiet(tdgCESpecs);
+    const int current = tdgCESpecs->currentIndex();
+    for (int p = 0; p < 3; ++p) {
+        QWidget* place = tdgCESpecs->widget(p);
+        const QString caption = tdgCESpecs->tabText(p);
+        tdgCESpecs->removeTab(p);
+        tdgCESpecs->insertTab(p, m_pages[size_t(p)], caption);
+        delete place;
+    }
+    tdgCESpecs->setCurrentIndex(current);
 
+    // The buttons come after the pages, so that Tab reaches them last.
     cmdOK = new QPushButton(QStringLiteral("OK"), this);
     cmdOK->setObjectName(QStringLiteral("cmdOK"));
     cmdOK->setDefault(true);
@@ -63,21 +94,15 @@ frmCESpecs::frmCESpecs(ProgramObjects& program, QWidget* parent)
     buttons->addButton(cmdOK, QDialogButtonBox::AcceptRole);
     buttons->addButton(cmdCancel, QDialogButtonBox::RejectRole);
     buttons->addButton(cmdHelp, QDialogButtonBox::HelpRole);
-
-    auto* chooser = new QHBoxLayout;
-    chooser->addWidget(lblSPs);
-    chooser->addWidget(cboSPs, 1);
-    auto* layout = new QVBoxLayout(this);
-    layout->addLayout(chooser);
-    layout->addWidget(tdgCESpecs, 1);
-    layout->addWidget(buttons);
-    resize(600, 480);
-
-    connect(tdgCESpecs, &QTabWidget::currentChanged, this, &frmCESpecs::tdgCESpecs_Click);
-    connect(cboSPs, &QComboBox::activated, this, &frmCESpecs::cboSPs_Click);
+    m_layout->addWidget(buttons);
     connect(cmdOK, &QPushButton::clicked, this, &frmCESpecs::cmdOK_Click);
     connect(cmdCancel, &QPushButton::clicked, this, &frmCESpecs::cmdCancel_Click);
     connect(cmdHelp, &QPushButton::clicked, this, &frmCESpecs::cmdHelp_Click);
+}
+
+EditorPage* frmCESpecs::page(int index) {
+    makePages();
+    return m_pages.at(size_t(index));
 }
 
 void frmCESpecs::Form_Load() {
@@ -100,6 +125,7 @@ void frmCESpecs::showEvent(QShowEvent* event) {
     // The program makes the dialog before it reads the settings; it loads when first shown.
     if (!m_loaded) {
         m_loaded = true;
+        makePages();
         Form_Load();
     }
     tdgCESpecs_Click();
@@ -108,7 +134,7 @@ void frmCESpecs::showEvent(QShowEvent* event) {
 void frmCESpecs::mouseDoubleClickEvent(QMouseEvent* event) {
     QDialog::mouseDoubleClickEvent(event);
     for (int p : {2, 0})
-        m_pages[size_t(p)]->refreshBrowser();
+        page(p)->refreshBrowser();
 }
 
 void frmCESpecs::tdgCESpecs_Click() {

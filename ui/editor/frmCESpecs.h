@@ -9,6 +9,7 @@ class QComboBox;
 class QLabel;
 class QPushButton;
 class QTabWidget;
+class QVBoxLayout;
 
 namespace ondrel {
 
@@ -40,7 +41,9 @@ public:
     QTabWidget* tdgCESpecs = nullptr;
 
     ProgramObjects& program() const { return m_program; }
-    EditorPage* page(int index) const { return m_pages.at(size_t(index)); }
+    // The pages are made when first needed: the program makes the dialog at start-up, before
+    // the main window is shown, and the pages' browsers read the disk.
+    EditorPage* page(int index);
 
     // The page switch: the chooser serves pages 1 and 2 only, an edit is abandoned, and the
     // page in front is rebuilt from the working copy.
@@ -64,9 +67,11 @@ protected:
 
 private:
     void Form_Load();
+    void makePages();
 
     ProgramObjects& m_program;
     bool m_loaded = false;
+    QVBoxLayout* m_layout = nullptr;
     std::array<EditorPage*, 3> m_pages{};
     QLabel* lblSPs = nullptr;
     QPushButton* cmdOK = nullptr;
