@@ -95,10 +95,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("words");
         QTest::addColumn<QStringList>("titles");
         QTest::newRow("only on the main screen") << "splitter" << QStringList{"The main screen"};
-        QTest::newRow("on every page")
-            << "destination"
-            << QStringList{"Destination Paths", "File Ondrel Help", "File groups", "Source Paths",
-                           "The main screen"};
+        QTest::newRow("on two pages")
+            << "restore" << QStringList{"Options: Staging Options", "Options: User Options"};
         QTest::newRow("nowhere") << "xylophone" << QStringList{};
     }
     void searchFindsTopicsByWord() {
