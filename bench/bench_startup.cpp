@@ -3,10 +3,7 @@
 // the window's size in pixels (WIDTHxHEIGHT) for bench_emptywindow.
 // Usage: bench_startup PROGRAM_DIRECTORY   (where the options file is read from)
 #include "bench/FirstPaint.h"
-#include "ui/controls/QtFileDialog.h"
-#include "ui/controls/QtMsgBox.h"
-#include "ui/help/QtHelp.h"
-#include "ui/main/MainIcons.h"
+#include "ui/main/ProgramSetup.h"
 #include "ui/main/SubMain.h"
 
 #include <QApplication>
@@ -19,13 +16,7 @@ int main(int argc, char* argv[]) {
         std::fputs("usage: bench_startup PROGRAM_DIRECTORY\n", stderr);
         return 2;
     }
-    QApplication::setApplicationName(QStringLiteral("File Ondrel"));
-    QApplication::setOrganizationName(QStringLiteral("FileOndrel"));
-    QApplication::setApplicationVersion(QStringLiteral(ONDREL_VERSION));
-    QApplication::setWindowIcon(ondrel::programIcon());
-    ondrel::installQtMsgBoxHandler();
-    ondrel::installQtFileDialogHandler();
-    ondrel::installQtHelpHandler();
+    ondrel::prepareApplication();
 
     FirstPaintQuitter quitter;
     app.installEventFilter(&quitter);

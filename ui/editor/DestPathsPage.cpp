@@ -44,18 +44,7 @@ DestPathsPage::DestPathsPage(frmCESpecs& editor, QWidget* parent) : EditorPage(e
     auto* lblList = new QLabel(QStringLiteral("Destination Path &List:"), this);
     lblList->setBuddy(lstDPList);
 
-    cmdDPAdd = new QPushButton(QStringLiteral("&Add"), this);
-    cmdDPAdd->setObjectName(QStringLiteral("cmdDPAdd"));
-    cmdDPEdit = new QPushButton(QStringLiteral("&Edit"), this);
-    cmdDPEdit->setObjectName(QStringLiteral("cmdDPEdit"));
-    cmdDPDelete = new QPushButton(QStringLiteral("&Delete"), this);
-    cmdDPDelete->setObjectName(QStringLiteral("cmdDPDelete"));
-
-    auto* buttons = new QHBoxLayout;
-    for (QPushButton* b : {cmdDPAdd, cmdDPEdit, cmdDPDelete}) {
-        b->setAutoDefault(false);
-        buttons->addWidget(b);
-    }
+    QHBoxLayout* buttons = makeEntryButtons(QStringLiteral("DP"), cmdDPAdd, cmdDPEdit, cmdDPDelete);
     auto* layout = new QGridLayout(this);
     layout->addWidget(m_browser->drivesCaption, 0, 0);
     layout->addWidget(m_browser->drives, 1, 0);

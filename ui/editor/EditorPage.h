@@ -5,6 +5,7 @@
 #include <QString>
 #include <QWidget>
 
+class QHBoxLayout;
 class QPushButton;
 
 namespace ondrel {
@@ -39,6 +40,11 @@ public:
     virtual void refreshBrowser() {}
 
 protected:
+    // The page's Add, Edit and Delete buttons (cmd + prefix + "Add", ...), in a row, none of them
+    // taking Enter from the dialog's OK.
+    QHBoxLayout* makeEntryButtons(const QString& prefix, QPushButton*& add, QPushButton*& edit,
+                                  QPushButton*& remove);
+
     frmCESpecs& m_editor;
 };
 

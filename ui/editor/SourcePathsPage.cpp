@@ -41,18 +41,7 @@ SourcePathsPage::SourcePathsPage(frmCESpecs& editor, QWidget* parent) : EditorPa
     auto* lblList = new QLabel(QStringLiteral("Source Path &List:"), this);
     lblList->setBuddy(lstSPList);
 
-    cmdSPAdd = new QPushButton(QStringLiteral("&Add"), this);
-    cmdSPAdd->setObjectName(QStringLiteral("cmdSPAdd"));
-    cmdSPEdit = new QPushButton(QStringLiteral("&Edit"), this);
-    cmdSPEdit->setObjectName(QStringLiteral("cmdSPEdit"));
-    cmdSPDelete = new QPushButton(QStringLiteral("&Delete"), this);
-    cmdSPDelete->setObjectName(QStringLiteral("cmdSPDelete"));
-
-    auto* buttons = new QHBoxLayout;
-    for (QPushButton* b : {cmdSPAdd, cmdSPEdit, cmdSPDelete}) {
-        b->setAutoDefault(false);
-        buttons->addWidget(b);
-    }
+    QHBoxLayout* buttons = makeEntryButtons(QStringLiteral("SP"), cmdSPAdd, cmdSPEdit, cmdSPDelete);
     auto* layout = new QGridLayout(this);
     layout->addWidget(m_browser->drivesCaption, 0, 0);
     layout->addWidget(m_browser->drives, 1, 0);
@@ -151,34 +140,34 @@ void SourcePathsPage::cmdSPAdd_Click() {
     }
 }
 
+int SourcePathsPage::editableRow() const {
+    const int row = selectedRow(lstSPList);
+    if (row >= 0 && lstSPList->item(row)->text() == kVarious) {
+        MsgBox(QStringLiteral("You cannot edit or delete the Source Path '<various>'."),
+               MsgButtons::OK, MsgIcon::Exclamation, kTitle);
+        return -1;
+    }
+    return row;
+}
+
 void SourcePathsPage::cmdSPEdit_Click() {
     if (m_editor.EditMode == 1) {
         m_editor.EndEditMode();
         return;
     }
-    const int row = selectedRow(lstSPList);
+    const int row = editableRow();
     if (row < 0)
         return;
     const QString name = lstSPList->item(row)->text();
-    if (name == kVarious) {
-        MsgBox(QStringLiteral("You cannot edit or delete the Source Path '<various>'."),
-               MsgButtons::OK, MsgIcon::Exclamation, kTitle);
-        return;
-    }
     m_editor.beginEdit(1, row);
     m_browser->openAtEntry(name, QStringLiteral("Source Path"), QStringLiteral("Edit Source Path"));
 }
 
 void SourcePathsPage::cmdSPDelete_Click() {
-    const int row = selectedRow(lstSPList);
+    const int row = editableRow();
     if (row < 0)
         return;
     const QString name = lstSPList->item(row)->text();
-    if (name == kVarious) {
-        MsgBox(QStringLiteral("You cannot edit or delete the Source Path '<various>'."),
-               MsgButtons::OK, MsgIcon::Exclamation, kTitle);
-        return;
-    }
     if (m_editor.program().Settings->ShowConfirmMsgs() &&
         MsgBox(QStringLiteral("OK to delete Source Path '") + name +
                    QStringLiteral("'?\r\n\r\nNOTE:  All associated File Groups and Destination "

@@ -32,6 +32,8 @@ private:
     void lstSPList_Click();
     void lstSPList_ItemCheck(QListWidgetItem* item);
     void addEntry(const QString& name, bool checked);
+    // The selected entry's row, -1 when none is or it is "<various>" (the user is told so).
+    int editableRow() const;
 
     PathBrowser* m_browser = nullptr;
     QListWidget* lstSPList = nullptr;
