@@ -137,7 +137,7 @@ private Q_SLOTS:
     void maskAndFilters();
     void defaultPathMissingAsksRetryOrCancel_data();
     void defaultPathMissingAsksRetryOrCancel();
-    void loadsAListFileAsDocumented();
+    void loadsAListFileItemByItem();
     void saveThenLoadRoundTrips();
     void stagingAfterOKCopiesTheSelection();
     void keyboardScreenReadersAndHelp();
@@ -287,7 +287,7 @@ void tst_frmVarFileSelect::defaultPathMissingAsksRetryOrCancel() {
     }
 }
 
-void tst_frmVarFileSelect::loadsAListFileAsDocumented() {
+void tst_frmVarFileSelect::loadsAListFileItemByItem() {
     QTemporaryDir tmp;
     Program p(tmp.path());
     writeFile(p.src(QStringLiteral("m.txt")), "x");
