@@ -1,5 +1,6 @@
 #include "platform/FileList.h"
 
+#include "platform/NativeText.h"
 #include "platform/WholeFile.h"
 
 namespace ondrel {
@@ -48,7 +49,8 @@ Result<QStringList> FileList::read(const QString& fileName) {
 }
 
 QStringList FileList::parse(const QByteArray& bytes) {
-    QString text = QString::fromUtf8(bytes);
+    // A name that is not valid UTF-8 keeps its bytes, so the file it names is found again.
+    QString text = NativeText::toText(bytes);
     if (text.startsWith(QChar(0xFEFF)))
         text.remove(0, 1);
     QStringList items;

@@ -17,7 +17,8 @@ public:
     // directory is missing too); other read failures carry their own numbers.
     static Result<QStringList> read(const QString& fileName);
 
-    // The same rules on text already read (UTF-8):
+    // The same rules on text already read (UTF-8; bytes that are not valid UTF-8 are kept as
+    // NativeText keeps them):
     // - an item ends at a line end (CR LF, LF or a lone CR) or at a comma outside double quotes;
     // - blanks (spaces, tabs) before an item are skipped; an unquoted item loses its trailing
     //   blanks too;

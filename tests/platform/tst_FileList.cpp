@@ -1,4 +1,5 @@
 #include "platform/FileList.h"
+#include "platform/NativeText.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -44,6 +45,9 @@ private Q_SLOTS:
                                    << QStringList{"/Docs/A.txt", "/docs/a.txt"};
         QTest::newRow("UTF-8 with byte-order mark")
             << QByteArray("\xEF\xBB\xBF/caf\xC3\xA9.txt\n") << QStringList{"/café.txt"};
+        QTest::newRow("a name that is not UTF-8 keeps its bytes")
+            << QByteArray("/caf\xE9.txt\n")
+            << QStringList{NativeText::toText(QByteArray("/caf\xE9.txt"))};
         QTest::newRow("empty file") << QByteArray() << QStringList{};
     }
 
