@@ -4,7 +4,9 @@
 #include "platform/NativePath.h"
 
 #include <QAbstractListModel>
+#include <QFile>
 #include <QItemSelectionModel>
+#include <QSet>
 
 #include <algorithm>
 
@@ -69,6 +71,13 @@ FileList::FileList(QWidget* parent) : QListView(parent), m_model(new FileListMod
     setSelectionMode(QAbstractItemView::ExtendedSelection);
     setEditTriggers(QAbstractItemView::NoEditTriggers);
     setUniformItemSizes(true); // a directory of 100,000 files scrolls without measuring each
+
+    // A burst of changes (a whole tree copied in) is listed once.
+    m_changedOnDisk.setSingleShot(true);
+    m_changedOnDisk.setInterval(100);
+    connect(&m_watcher, &QFileSystemWatcher::directoryChanged, &m_changedOnDisk,
+            qOverload<>(&QTimer::start));
+    connect(&m_changedOnDisk, &QTimer::timeout, this, &FileList::followDisk);
 }
 
 QString FileList::Path() const {
@@ -82,6 +91,9 @@ Result<void> FileList::setPath(const QByteArray& dir) {
         return listed;
     if (path != m_path) {
         m_path = path;
+        if (!m_watcher.directories().isEmpty())
+            m_watcher.removePaths(m_watcher.directories());
+        m_watcher.addPath(QFile::decodeName(path));
         emit pathChanged(Path());
     }
     return {};
@@ -138,6 +150,18 @@ void FileList::refresh() {
     // A directory that went away leaves the list empty rather than showing files that are gone.
     if (!list(m_path, m_pattern).ok())
         m_model->show({});
+    emit listChanged();
+}
+
+void FileList::followDisk() {
+    QSet<QByteArray> selected;
+    for (const int row : selectedRows())
+        selected.insert(fileName(row));
+    refresh();
+    for (int row = 0; row < count() && !selected.isEmpty(); ++row) {
+        if (selected.contains(fileName(row)))
+            selectionModel()->select(m_model->index(row), QItemSelectionModel::Select);
+    }
 }
 
 Result<void> FileList::list(const QByteArray& dir, const QString& pattern) {

@@ -3,8 +3,10 @@
 #include "platform/Result.h"
 
 #include <QByteArray>
+#include <QFileSystemWatcher>
 #include <QListView>
 #include <QString>
+#include <QTimer>
 
 #include <vector>
 
@@ -58,16 +60,22 @@ public:
     // The selected rows, in list order.
     std::vector<int> selectedRows() const;
 
-    // Lists the directory anew, for files made or removed since.
+    // Lists the directory anew, for files made or removed since. Files made or removed while the
+    // list is shown are noticed by themselves; the files selected stay selected.
     void refresh();
 
 Q_SIGNALS:
     void pathChanged(const QString& path);
     void patternChanged(const QString& pattern);
+    // The files listed changed: another directory, pattern or filter, or the disk changed.
+    void listChanged();
 
 private:
     Result<void> list(const QByteArray& dir, const QString& pattern);
+    void followDisk();
 
+    QFileSystemWatcher m_watcher;
+    QTimer m_changedOnDisk;
     FileListModel* m_model;
     QByteArray m_path;
     QString m_pattern = QStringLiteral("*.*");

@@ -161,6 +161,8 @@ void frmVarFileSelect::build() {
             &frmVarFileSelect::UpdateFileCount);
     connect(filVarFiles, &controls::FileList::patternChanged, this,
             &frmVarFileSelect::UpdateFileCount);
+    connect(filVarFiles, &controls::FileList::listChanged, this,
+            &frmVarFileSelect::UpdateFileCount);
     connect(filVarFiles, &QAbstractItemView::doubleClicked, this,
             &frmVarFileSelect::filVarFiles_DblClick);
     connect(lstVarList, &QAbstractItemView::doubleClicked, this,

@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -133,6 +134,29 @@ private Q_SLOTS:
         QCOMPARE(set.ok() ? 0 : set.error().number(), 76);
         QCOMPARE(list.nativePath(), m_root);
         QCOMPARE(list.count(), 7);
+    }
+
+    // A file copied in or deleted while the list is shown appears or goes by itself; the files
+    // the user had selected stay selected.
+    void followsTheDisk() {
+        FileList list;
+        QVERIFY(list.setPath(m_root).ok());
+        QSignalSpy changed(&list, &FileList::listChanged);
+        const auto rowOf = [&](const QByteArray& name) {
+            for (int row = 0; row < list.count(); ++row)
+                if (list.fileName(row) == name)
+                    return row;
+            return -1;
+        };
+        list.selectionModel()->select(list.model()->index(rowOf("plain.txt"), 0),
+                                      QItemSelectionModel::Select);
+        make("arrived.txt");
+        QTRY_VERIFY(rowOf("arrived.txt") >= 0);
+        QVERIFY(changed.count() >= 1);
+        QCOMPARE(list.selectedRows(), std::vector<int>{rowOf("plain.txt")});
+        QVERIFY(::unlink(at("arrived.txt").constData()) == 0);
+        QTRY_COMPARE(rowOf("arrived.txt"), -1);
+        QCOMPARE(list.selectedRows(), std::vector<int>{rowOf("plain.txt")});
     }
 };
 
