@@ -173,6 +173,8 @@ void frmMain::Form_Load() {
     for (const auto& [label, key] : kRows) {
         auto* row = new QTreeWidgetItem(lvwSPProps, {QString::fromLatin1(label), QString()});
         row->setData(0, Qt::UserRole, QString::fromLatin1(key));
+        // The column is narrow at the window's first size: the whole label shows on hover.
+        row->setToolTip(0, row->text(0));
     }
     UpdtStagePropsList();
     mnuFileNewSpecs_Click();
