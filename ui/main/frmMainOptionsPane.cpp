@@ -42,8 +42,10 @@ void frmMain::UpdtStagePropsList() {
     // "InclSubDirs" has no entry: its value belongs to the selected source path.
     for (int i = 0; i < lvwSPProps->topLevelItemCount(); ++i) {
         QTreeWidgetItem* row = lvwSPProps->topLevelItem(i);
-        if (const Value value = kValues.value(row->data(0, Qt::UserRole).toString()))
+        if (const Value value = kValues.value(row->data(0, Qt::UserRole).toString())) {
             row->setText(1, value(settings()));
+            row->setToolTip(1, row->text(1));
+        }
     }
 }
 
