@@ -13,6 +13,8 @@ const QString kNotFoundTitle = "Spec File Not Found or Invalid";
 const QString kNotFoundText = "The selected file does not exist or does not contain staging "
                               "specifications in the required format.";
 
+const QByteArray kNoFile = "<no file>";
+
 QString fixture(const char* name) {
     return QStringLiteral(ONDREL_TEST_DATA "/") + name;
 }
@@ -50,6 +52,14 @@ private:
         return path;
     }
 
+    // Saves the spec in the test's directory under name; returns what was written.
+    QByteArray saveAs(clsSpecFile& spec, const QString& name) {
+        spec.setPath(m_dir.path() + "/");
+        spec.setName(name);
+        spec.SaveSpecFile();
+        return WholeFile::read(m_dir.filePath(name)).value();
+    }
+
 private Q_SLOTS:
     void workedExampleRoundTrip() {
         ScriptedMsgBox boxes;
@@ -60,25 +70,15 @@ private Q_SLOTS:
                               "    E:\\Mirror\\Web", "  *.gif;*.jpg", "    D:\\Stage\\Web\\Images",
                               "<various>", "  *.*", "    D:\\Stage\\Misc"}));
         QVERIFY(!spec.Dirty());
-        spec.setPath(m_dir.path() + "/");
-        spec.setName("Web.spc");
         spec.setDirty(true);
-        spec.SaveSpecFile();
+        const QByteArray saved = saveAs(spec, "Web.spc");
         QVERIFY(!spec.Dirty());
-        QCOMPARE(WholeFile::read(m_dir.filePath("Web.spc")).value(),
-                 WholeFile::read(fixture("worked-example.spc")).value());
+        QCOMPARE(saved, WholeFile::read(fixture("worked-example.spc")).value());
         QVERIFY(boxes.shown().isEmpty());
     }
 
-    void readerIgnoresOrderCaseAndBlankLines() {
-        ScriptedMsgBox boxes;
-        clsSpecFile spec;
-        QVERIFY(spec.LoadSpecFile(fixture("shuffled-lf.spc")));
-        QCOMPARE(outline(spec), (QStringList{"/projects/web +sub", "  *.htm", "    /stage/web"}));
-    }
-
     void loading_data() {
-        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<QByteArray>("text"); // kNoFile: nothing on disk
         QTest::addColumn<QStringList>("tree");
         QTest::addColumn<QString>("title"); // empty: loads without a message
         QTest::addColumn<int>("error");     // number in "Error N occurred while loading"
@@ -86,6 +86,24 @@ private Q_SLOTS:
         QTest::newRow("SP2 without SP1")
             << crlf("[SourcePaths]\nSP2=/a\n") << QStringList() << kNotFoundTitle << 0;
         QTest::newRow("empty file") << QByteArray() << QStringList() << kNotFoundTitle << 0;
+        QTest::newRow("no file") << kNoFile << QStringList() << kNotFoundTitle << 0;
+        QTest::newRow("order, case and blank lines ignored")
+            << WholeFile::read(fixture("shuffled-lf.spc")).value()
+            << QStringList{"/projects/web +sub", "  *.htm", "    /stage/web"} << QString() << 0;
+        const QString exact = "/" + QString(253, u'e');
+        const QString longer = "/" + QString(300, u'l');
+        QTest::newRow("values cut at 254")
+            << ("[SourcePaths]\r\nSP1=" + exact + "\r\nSP2=" + longer + "\r\n").toUtf8()
+            << QStringList{exact, longer.left(254)} << QString() << 0;
+        QByteArray big = "[SourcePaths]\r\nSP1=/a\r\n[SP1FGs]\r\nFG1=*.*\r\n[SP1FG1DPs]\r\n";
+        QStringList bigTree{"/a", "  *.*"};
+        for (int k = 1; k <= 32768; ++k) {
+            big += "DP" + QByteArray::number(k) + "=/d" + QByteArray::number(k) + "\r\n";
+            if (k <= 32767)
+                bigTree << "    /d" + QString::number(k);
+        }
+        QTest::newRow("more than 32767 entries overflow")
+            << big << bigTree << "Error Loading Spec File" << 6;
         QTest::newRow("entries after a gap are ignored")
             << crlf("[SourcePaths]\nSP1=/a\nSP3=/c\n[SP1FGs]\nFG1=*.*\nFG3=*.x\n")
             << QStringList{"/a", "  *.*"} << QString() << 0;
@@ -112,7 +130,8 @@ private Q_SLOTS:
         QFETCH(QStringList, tree);
         QFETCH(QString, title);
         QFETCH(int, error);
-        const QString path = write("load.spc", text);
+        const QString path =
+            text == kNoFile ? m_dir.filePath("absent.spc") : write("load.spc", text);
         ScriptedMsgBox boxes;
         clsSpecFile spec;
         spec.setName("keep.spc");
@@ -137,26 +156,6 @@ private Q_SLOTS:
             QCOMPARE(box.prompt, kNotFoundText);
     }
 
-    void missingFileIsNotASpec() {
-        ScriptedMsgBox boxes;
-        clsSpecFile spec;
-        QVERIFY(!spec.LoadSpecFile(m_dir.filePath("absent.spc")));
-        QCOMPARE(boxes.shown().size(), 1);
-        QCOMPARE(boxes.shown().first().title, kNotFoundTitle);
-    }
-
-    void longValuesAreCutAt254() {
-        const QString exact = "/" + QString(253, u'e');
-        const QString longer = "/" + QString(300, u'l');
-        const QString path = write(
-            "long.spc", ("[SourcePaths]\r\nSP1=" + exact + "\r\nSP2=" + longer + "\r\n").toUtf8());
-        ScriptedMsgBox boxes;
-        clsSpecFile spec;
-        QVERIFY(spec.LoadSpecFile(path));
-        QCOMPARE(spec.SPs().Item(1)->Name(), exact);
-        QCOMPARE(spec.SPs().Item(2)->Name(), longer.left(254));
-    }
-
     // Values ending in NULs: the reading rule drops one, saving writes none, so the second save
     // writes what the first did.
     void trailingNulsSettleAfterOneSave() {
@@ -167,26 +166,10 @@ private Q_SLOTS:
         for (const char* name : {"once.spc", "twice.spc"}) {
             clsSpecFile spec;
             QVERIFY(spec.LoadSpecFile(from));
-            spec.setPath(m_dir.path() + "/");
-            spec.setName(name);
-            spec.SaveSpecFile();
+            QCOMPARE(saveAs(spec, name), clean);
             from = m_dir.filePath(name);
-            QCOMPARE(WholeFile::read(from).value(), clean);
         }
         QVERIFY(boxes.shown().isEmpty());
-    }
-
-    void moreThan32767EntriesOverflow() {
-        QByteArray text = "[SourcePaths]\r\nSP1=/a\r\n[SP1FGs]\r\nFG1=*.*\r\n[SP1FG1DPs]\r\n";
-        for (int k = 1; k <= 32768; ++k)
-            text += "DP" + QByteArray::number(k) + "=/d" + QByteArray::number(k) + "\r\n";
-        const QString path = write("big.spc", text);
-        ScriptedMsgBox boxes;
-        clsSpecFile spec;
-        QVERIFY(!spec.LoadSpecFile(path));
-        QCOMPARE(boxes.shown().first().prompt,
-                 QString("Error 6 occurred while loading Spec File %1.").arg(path));
-        QCOMPARE(spec.SPs().Item(1)->FGs().Item(1)->DPs().Count(), 32767);
     }
 
     void renamedSourcePathIsWrittenLast() {
@@ -194,23 +177,15 @@ private Q_SLOTS:
         auto first = spec.SPs().Add("/one");
         spec.SPs().Add("/two");
         spec.SPs().Rename("/one", "/uno", first);
-        spec.setPath(m_dir.path() + "/");
-        spec.setName("renamed.spc");
-        spec.SaveSpecFile();
-        QCOMPARE(WholeFile::read(m_dir.filePath("renamed.spc")).value(),
+        QCOMPARE(saveAs(spec, "renamed.spc"),
                  crlf("[SourcePaths]\nSP1=/two\nSP2=/uno\n[ISD]\nSP1=False\nSP2=False\n"));
     }
 
-    void emptyTreeSavesAnEmptyFileThatDoesNotLoad() {
-        const QString path = write("empty.spc", "[SourcePaths]\r\nSP1=/old\r\n");
-        ScriptedMsgBox boxes;
+    // What it saves does not load: the "empty file" row of loading.
+    void emptyTreeSavesAnEmptyFile() {
+        write("empty.spc", "[SourcePaths]\r\nSP1=/old\r\n");
         clsSpecFile spec;
-        spec.setPath(m_dir.path() + "/");
-        spec.setName("empty.spc");
-        spec.SaveSpecFile();
-        QCOMPARE(WholeFile::read(path).value(), QByteArray());
-        QVERIFY(!spec.LoadSpecFile(path));
-        QCOMPARE(boxes.shown().first().title, kNotFoundTitle);
+        QCOMPARE(saveAs(spec, "empty.spc"), QByteArray());
     }
 
     void saveFailureKeepsDirty() {
