@@ -74,21 +74,10 @@ private Q_SLOTS:
         QCOMPARE(odd.Top(), 499 - 2752);
     }
 
-    void overwriteModeText_data() {
-        QTest::addColumn<int>("mode");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("0") << 0 << "If Older";
-        QTest::newRow("1") << 1 << "Prompt";
-        QTest::newRow("2") << 2 << "Always";
-        QTest::newRow("3") << 3 << "Never";
-        QTest::newRow("4") << 4 << "";
-        QTest::newRow("-1") << -1 << "";
-    }
-
     void overwriteModeText() {
-        QFETCH(int, mode);
-        QFETCH(QString, text);
-        QCOMPARE(OverwriteModeText(qint16(mode)), text);
+        const QStringList texts = {"", "If Older", "Prompt", "Always", "Never", ""};
+        for (int mode = -1; mode <= 4; ++mode)
+            QCOMPARE(OverwriteModeText(qint16(mode)), texts[mode + 1]);
     }
 
     void optionsFileName() {
@@ -97,22 +86,22 @@ private Q_SLOTS:
         QCOMPARE(OptionsFileName("/opt/tools/"), QString("/opt/tools/ONDREL.OPT"));
     }
 
-    void writesTheDefaultsLineForLine() {
-        QTemporaryDir dir;
-        clsOndrelApp app(kScreen, dir.path());
-        app.setSaveSettings(true);
-        app.WriteOPTFile();
-        QCOMPARE(WholeFile::read(dir.filePath("ONDREL.OPT")).value(),
-                 fixtureBytes("options-example.opt"));
+    void writing_data() {
+        QTest::addColumn<bool>("saveSettings");
+        QTest::addColumn<QByteArray>("expected");
+        QTest::newRow("defaults, line for line") << true << fixtureBytes("options-example.opt");
+        QTest::newRow("SaveSettings off: only the flag")
+            << false << QByteArray("[FSOptions]\r\nSaveSettings=False\r\n");
     }
 
-    void saveSettingsOffWritesOnlyTheFlag() {
+    void writing() {
+        QFETCH(bool, saveSettings);
+        QFETCH(QByteArray, expected);
         QTemporaryDir dir;
         clsOndrelApp app(kScreen, dir.path());
-        app.setTop(1);
+        app.setSaveSettings(saveSettings);
         app.WriteOPTFile();
-        QCOMPARE(WholeFile::read(dir.filePath("ONDREL.OPT")).value(),
-                 QByteArray("[FSOptions]\r\nSaveSettings=False\r\n"));
+        QCOMPARE(WholeFile::read(dir.filePath("ONDREL.OPT")).value(), expected);
     }
 
     void turningSaveSettingsOffKeepsWhatWasSaved() {
@@ -167,8 +156,8 @@ private Q_SLOTS:
 
     void reading_data() {
         QTest::addColumn<QByteArray>("lines");
-        QTest::addColumn<QString>("property");
-        QTest::addColumn<QVariant>("expected");
+        QTest::addColumn<QString>("property");  // "error": reading throws
+        QTest::addColumn<QVariant>("expected"); // or the error's number
 
         QTest::newRow("Top") << QByteArray("Top=-120") << "Top" << QVariant(-120);
         QTest::newRow("empty Top keeps default") << QByteArray("Top=") << "Top" << QVariant(848);
@@ -187,6 +176,12 @@ private Q_SLOTS:
             << QByteArray("Overwrite=7") << "Overwrite" << QVariant(7);
         QTest::newRow("path as it is")
             << QByteArray("DefaultPath=/home/me/web ") << "DefaultPath" << QVariant("/home/me/web");
+        QTest::newRow("abc for Top") << QByteArray("Top=abc") << "error" << QVariant(13);
+        QTest::newRow("maybe for CreateDirs")
+            << QByteArray("CreateDirs=maybe") << "error" << QVariant(13);
+        QTest::newRow("Top out of range") << QByteArray("Top=3000000000") << "error" << QVariant(6);
+        QTest::newRow("Overwrite out of range")
+            << QByteArray("Overwrite=40000") << "error" << QVariant(6);
     }
 
     void reading() {
@@ -196,7 +191,13 @@ private Q_SLOTS:
         QTemporaryDir dir;
         QVERIFY(WholeFile::write(dir.filePath("ONDREL.OPT"), "[fsoptions]\n" + lines + "\n").ok());
         clsOndrelApp app(kScreen, dir.path());
-        app.ReadOPTFile();
+        try {
+            app.ReadOPTFile();
+        } catch (const Error& e) {
+            QCOMPARE(property, QString("error"));
+            QCOMPARE(QVariant(e.number()), expected);
+            return;
+        }
         const QHash<QString, QVariant> values = {
             {"Top", app.Top()},
             {"ShowToolbar", app.ShowToolbar()},
@@ -207,29 +208,6 @@ private Q_SLOTS:
             {"DefaultPath", app.DefaultPath()},
         };
         QCOMPARE(values.value(property), expected);
-    }
-
-    void conversionErrorsPassOn_data() {
-        QTest::addColumn<QByteArray>("line");
-        QTest::addColumn<int>("error");
-        QTest::newRow("abc for Top") << QByteArray("Top=abc") << 13;
-        QTest::newRow("maybe for CreateDirs") << QByteArray("CreateDirs=maybe") << 13;
-        QTest::newRow("Top out of range") << QByteArray("Top=3000000000") << 6;
-        QTest::newRow("Overwrite out of range") << QByteArray("Overwrite=40000") << 6;
-    }
-
-    void conversionErrorsPassOn() {
-        QFETCH(QByteArray, line);
-        QFETCH(int, error);
-        QTemporaryDir dir;
-        QVERIFY(WholeFile::write(dir.filePath("ONDREL.OPT"), "[FSOptions]\r\n" + line).ok());
-        clsOndrelApp app(kScreen, dir.path());
-        try {
-            app.ReadOPTFile();
-            QFAIL("no error");
-        } catch (const Error& e) {
-            QCOMPARE(e.number(), error);
-        }
     }
 
     void locateMainScreen() {
