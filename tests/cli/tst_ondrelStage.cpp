@@ -93,7 +93,8 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("args");
         QTest::addColumn<int>("code");
         QTest::addColumn<QString>("expected"); // in standard error, or standard output for 0
-        QTest::addColumn<bool>("usage");       // the usage follows the error
+        // None of them stages anything or touches the log.
+        QTest::addColumn<bool>("usage"); // the usage follows the error
 
         const QString spec = "%T/job.spc";
         QTest::newRow("no spec file") << QStringList{"--batch"} << 64 << "no spec file" << true;
@@ -105,7 +106,7 @@ private Q_SLOTS:
         QTest::newRow("retry is no unattended answer")
             << QStringList{"--on-error", "retry", spec} << 64 << "abort|ignore" << true;
         QTest::newRow("log and no log")
-            << QStringList{"--log", "%T/x.log", "--no-log", spec} << 64 << "--no-log" << true;
+            << QStringList{"--log", "%T/run.log", "--no-log", spec} << 64 << "--no-log" << true;
         QTest::newRow("log without a name")
             << QStringList{spec, "--log"} << 64 << "--log needs a value" << true;
         QTest::newRow("flag with a value")
@@ -124,6 +125,12 @@ private Q_SLOTS:
         QTest::newRow("log in a missing directory")
             << QStringList{"--options", "%T/job.opt", "--log", "%T/no/such/x.log", spec} << 64
             << "cannot open the log file" << false;
+        QTest::newRow("missing spec file")
+            << QStringList{"--batch", "--log", "%T/run.log", "%T/none.spc"} << 65
+            << "Spec File Not Found or Invalid: The selected file does not exist" << false;
+        QTest::newRow("spec with a bad include-subdirectories value")
+            << QStringList{"--batch", "--log", "%T/run.log", "%T/bad.spc"} << 65
+            << "Error Loading Spec File: Error 13 occurred while loading Spec File " << false;
         QTest::newRow("help") << QStringList{"--help"} << 0 << "Usage: ondrel-stage" << false;
         QTest::newRow("help wins over a bad option")
             << QStringList{"--bogus", "-h"} << 0 << "--on-error=abort|ignore" << false;
@@ -140,6 +147,7 @@ private Q_SLOTS:
         makeTree({});
         QVERIFY(writeFile(at("type.opt"), optionsText({{"CreateDirs", "maybe"}})));
         QVERIFY(writeFile(at("range.opt"), optionsText({{"Overwrite", "40000"}})));
+        QVERIFY(writeFile(at("bad.spc"), "[SourcePaths]\r\nSP1=/tmp\r\n[ISD]\r\nSP1=yes\r\n"));
 
         const Outcome r = stage(args);
         QCOMPARE(r.code, code);
@@ -147,28 +155,7 @@ private Q_SLOTS:
                  qPrintable(r.err + r.out));
         QCOMPARE(r.err.contains("Usage: ondrel-stage"), usage);
         QVERIFY(!QFileInfo::exists(at("dst")));
-    }
-
-    void specNotLoaded_data() {
-        QTest::addColumn<QByteArray>("content"); // empty: no file at all
-        QTest::addColumn<QString>("message");
-
-        QTest::newRow("missing")
-            << QByteArray() << "Spec File Not Found or Invalid: The selected file does not exist";
-        QTest::newRow("bad include-subdirectories value")
-            << QByteArray("[SourcePaths]\r\nSP1=/tmp\r\n[ISD]\r\nSP1=yes\r\n")
-            << "Error Loading Spec File: Error 13 occurred while loading Spec File ";
-    }
-
-    void specNotLoaded() {
-        QFETCH(QByteArray, content);
-        QFETCH(QString, message);
-        if (!content.isEmpty())
-            QVERIFY(writeFile(at("job.spc"), content));
-        const Outcome r = stage({"--batch", "--log", "%T/run.log", "%T/job.spc"});
-        QCOMPARE(r.code, 65);
-        QVERIFY2(r.err.contains(message), qPrintable(r.err));
-        QVERIFY2(!QFileInfo::exists(at("run.log")), "a spec that fails must not touch the log");
+        QVERIFY(!QFileInfo::exists(at("run.log")));
     }
 
     void copiesTree() {
@@ -345,57 +332,53 @@ private Q_SLOTS:
             QCOMPARE(readFile(at("dst/sub/b.txt")), dryRun ? "<missing>" : QByteArray("B"));
     }
 
-    // An existing destination under "Prompt", answered from the command line.
-    void overwriteAnswer_data() {
+    // An existing destination answered from the command line: under "Prompt" the overwrite
+    // question; under "Always", on a read-only file, the problem's question.
+    void unattendedAnswers_data() {
+        QTest::addColumn<Options>("options");
         QTest::addColumn<QString>("answer");
         QTest::addColumn<int>("code");
         QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QString>("asked"); // in standard error; empty: no question
 
-        QTest::newRow("yes") << "yes" << 0 << QByteArray("A");
-        QTest::newRow("no") << "no" << 0 << QByteArray("old");
-        QTest::newRow("cancel") << "cancel" << 2 << QByteArray("old");
+        const QString overwrite = "Overwrite Existing File?: %T/dst/a.txt already exists.  "
+                                  "Do you want to overwrite it?";
+        const QString denied = "File Access Permission Denied";
+        const Options prompt{{"Overwrite", "1"}};
+        const Options always{{"Overwrite", "2"}};
+        QTest::newRow("yes") << prompt << "--overwrite=yes" << 0 << QByteArray("A") << overwrite;
+        QTest::newRow("no") << prompt << "--overwrite=no" << 0 << QByteArray("old") << overwrite;
+        QTest::newRow("cancel") << prompt << "--overwrite=cancel" << 2 << QByteArray("old")
+                                << overwrite;
+        QTest::newRow("read-only, ignore")
+            << always << "--on-error=ignore" << 1 << QByteArray("old") << denied;
+        QTest::newRow("read-only, abort")
+            << always << "--on-error=abort" << 2 << QByteArray("old") << denied;
+        QTest::newRow("read-only, no question without ShowErrMsgs")
+            << (always + Options{{"ShowErrMsgs", "False"}}) << "--on-error=abort" << 1
+            << QByteArray("old") << QString();
     }
 
-    void overwriteAnswer() {
+    void unattendedAnswers() {
+        QFETCH(Options, options);
         QFETCH(QString, answer);
         QFETCH(int, code);
         QFETCH(QByteArray, content);
-        makeTree({{"Overwrite", "1"}});
+        QFETCH(QString, asked);
+        makeTree(options);
         QVERIFY(writeFile(at("dst/a.txt"), "old"));
-        const Outcome r =
-            stage({"--batch", "--overwrite=" + answer, "--options", "%T/job.opt", "%T/job.spc"});
+        const bool readOnly = options.first().second == "2";
+        if (readOnly)
+            QVERIFY(QFile::setPermissions(at("dst/a.txt"), QFile::ReadOwner | QFile::ReadGroup));
+        const Outcome r = stage({"--batch", answer, "--options", "%T/job.opt", "%T/job.spc"});
         QCOMPARE(r.code, code);
         QCOMPARE(readFile(at("dst/a.txt")), content);
-        QVERIFY2(r.err.contains("Overwrite Existing File?: " + at("dst/a.txt") +
-                                " already exists.  Do you want to overwrite it?"),
+        QVERIFY2(asked.isEmpty() ? !r.err.contains("File Access Permission Denied")
+                                 : r.err.contains(asked.replace("%T", m_dir->path())),
                  qPrintable(r.err));
-        QVERIFY(r.out.startsWith(code == 2 ? "Staging Aborted!" : "Staging Complete!"));
-    }
-
-    // A read-only destination under "Always": the copy is refused and the file is a problem.
-    void problemFile_data() {
-        QTest::addColumn<QString>("onError");
-        QTest::addColumn<QByteArray>("showErrMsgs");
-        QTest::addColumn<int>("code");
-
-        QTest::newRow("ignore") << "ignore" << QByteArray("True") << 1;
-        QTest::newRow("abort") << "abort" << QByteArray("True") << 2;
-        QTest::newRow("no question without ShowErrMsgs") << "abort" << QByteArray("False") << 1;
-    }
-
-    void problemFile() {
-        QFETCH(QString, onError);
-        QFETCH(QByteArray, showErrMsgs);
-        QFETCH(int, code);
-        makeTree({{"Overwrite", "2"}, {"ShowErrMsgs", showErrMsgs}});
-        QVERIFY(writeFile(at("dst/a.txt"), "old"));
-        QVERIFY(QFile::setPermissions(at("dst/a.txt"), QFile::ReadOwner | QFile::ReadGroup));
-        const Outcome r =
-            stage({"--batch", "--on-error=" + onError, "--options", "%T/job.opt", "%T/job.spc"});
-        QCOMPARE(r.code, code);
-        QCOMPARE(readFile(at("dst/a.txt")), QByteArray("old"));
-        QVERIFY2(r.out.contains("during staging:\n" + at("src/a.txt") + '\n'), qPrintable(r.out));
-        QCOMPARE(r.err.contains("File Access Permission Denied"), showErrMsgs == "True");
+        QVERIFY2(r.out.startsWith(code == 2 ? "Staging Aborted!" : "Staging Complete!"),
+                 qPrintable(r.out));
+        QCOMPARE(r.out.contains("during staging:\n" + at("src/a.txt") + '\n'), readOnly);
     }
 
     void variousFiles() {
