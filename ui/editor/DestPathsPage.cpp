@@ -22,11 +22,6 @@ namespace {
 const QString kTitle = QStringLiteral("Create/Edit Destination Paths");
 const QString kAddError = QStringLiteral("Add Destination Path Error");
 
-int selectedRow(const QListWidget* list) {
-    const QListWidgetItem* item = list->currentItem();
-    return item != nullptr && item->isSelected() ? list->row(item) : -1;
-}
-
 } // namespace
 
 DestPathsPage::DestPathsPage(frmCESpecs& editor, QWidget* parent) : EditorPage(editor, parent) {

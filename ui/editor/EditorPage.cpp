@@ -1,6 +1,7 @@
 #include "ui/editor/EditorPage.h"
 
 #include <QHBoxLayout>
+#include <QListWidget>
 #include <QPushButton>
 
 namespace ondrel {
@@ -19,6 +20,11 @@ QHBoxLayout* EditorPage::makeEntryButtons(const QString& prefix, QPushButton*& a
     edit = make(QStringLiteral("&Edit"), QStringLiteral("Edit"));
     remove = make(QStringLiteral("&Delete"), QStringLiteral("Delete"));
     return row;
+}
+
+int EditorPage::selectedRow(const QListWidget* list) {
+    const QListWidgetItem* item = list->currentItem();
+    return item != nullptr && item->isSelected() ? list->row(item) : -1;
 }
 
 } // namespace ondrel

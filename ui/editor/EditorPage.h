@@ -6,6 +6,7 @@
 #include <QWidget>
 
 class QHBoxLayout;
+class QListWidget;
 class QPushButton;
 
 namespace ondrel {
@@ -44,6 +45,9 @@ protected:
     // taking Enter from the dialog's OK.
     QHBoxLayout* makeEntryButtons(const QString& prefix, QPushButton*& add, QPushButton*& edit,
                                   QPushButton*& remove);
+
+    // The row of the list's selected entry; -1 when none is selected.
+    static int selectedRow(const QListWidget* list);
 
     frmCESpecs& m_editor;
 };

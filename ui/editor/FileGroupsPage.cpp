@@ -364,23 +364,22 @@ void FileGroupsPage::cmdFGEdit_Click() {
         ResetFGGrid();
         return;
     }
-    QListWidgetItem* entry = lstFGList->currentItem();
-    if (entry == nullptr || !entry->isSelected())
+    const int row = selectedRow(lstFGList);
+    if (row < 0)
         return;
-    m_editor.beginEdit(2, lstFGList->row(entry));
+    m_editor.beginEdit(2, row);
     setRowHeader(QStringLiteral("Edit"));
-    const QStringList masks = FileGroupMasks::cellsOf(entry->text());
+    const QStringList masks = FileGroupMasks::cellsOf(lstFGList->item(row)->text());
     for (int c = 1; c <= FileGroupMasks::CellCount; ++c)
         setCell(c, masks.at(c - 1));
     setCurrentColumn(1);
 }
 
 void FileGroupsPage::cmdFGDelete_Click() {
-    QListWidgetItem* entry = lstFGList->currentItem();
-    if (entry == nullptr || !entry->isSelected())
+    const int position = selectedRow(lstFGList);
+    if (position < 0)
         return;
-    const QString name = entry->text();
-    const int position = lstFGList->row(entry);
+    const QString name = lstFGList->item(position)->text();
     if (m_editor.program().Settings->ShowConfirmMsgs() &&
         MsgBox(QStringLiteral("OK to delete File Group '") + name +
                    QStringLiteral("'?\r\n\r\nNOTE:  All associated Destination Paths will also "

@@ -23,11 +23,6 @@ namespace {
 const QString kVarious = QStringLiteral("<various>");
 const QString kTitle = QStringLiteral("Create/Edit Source Paths");
 
-int selectedRow(const QListWidget* list) {
-    const QListWidgetItem* item = list->currentItem();
-    return item != nullptr && item->isSelected() ? list->row(item) : -1;
-}
-
 } // namespace
 
 SourcePathsPage::SourcePathsPage(frmCESpecs& editor, QWidget* parent) : EditorPage(editor, parent) {
