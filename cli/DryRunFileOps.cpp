@@ -64,7 +64,7 @@ Result<void> DryRunFileOps::makeDirectory(const QByteArray& path, int) {
 }
 
 Result<CopiedFile> DryRunFileOps::copyFile(const QByteArray& source, const QByteArray& destination,
-                                           DestinationHint) {
+                                           DestinationHint, const CopyControl&) {
     const QByteArray dir = NativePath::parentOf(destination);
     if (!directoryExists(dir))
         return Error(ErrNo::PathNotFound, kSource);

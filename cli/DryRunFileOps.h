@@ -26,10 +26,14 @@ public:
     Result<int> getAttributes(const QByteArray& path) override;
     Result<void> makeDirectory(const QByteArray& path, int permissions) override;
     Result<CopiedFile> copyFile(const QByteArray& source, const QByteArray& destination,
-                                DestinationHint hint) override;
+                                DestinationHint hint, const CopyControl& control) override;
     Result<void> setAttributes(const QByteArray& path, int attributes) override;
     Result<void> deleteFile(const QByteArray& path) override;
-    void syncFileSystems(const std::vector<QByteArray>& paths) override { (void)paths; }
+    void watchWrites(const QByteArray& dir) override { (void)dir; }
+    std::vector<dev_t> syncFileSystems(const std::vector<QByteArray>& paths) override {
+        (void)paths;
+        return {};
+    }
     void removeStaleTemporaries(const QByteArray& dir) override { (void)dir; }
 
 private:

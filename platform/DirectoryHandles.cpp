@@ -1,11 +1,14 @@
 #include "platform/DirectoryHandles.h"
 #include "platform/NativePath.h"
 
+#include <QSet>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace ondrel {
@@ -23,7 +26,8 @@ public:
 
     DirectoryHandles::HeldSource held;
 
-    // The handle of the directory named by the first length bytes of path, or -1.
+    // The handle of the directory named by the first length bytes of path, or -1 (errno says
+    // why).
     int find(const QByteArray& path, qsizetype length) {
         for (int i = 0; i < m_count; ++i) {
             const Entry& e = m_entries[i];
@@ -36,9 +40,8 @@ public:
                 return fd;
             }
         }
-        const QByteArray dir = length == 0 ? QByteArrayLiteral("/") : path.left(length);
-        // Opened for reading, so that the same handle also lists the directory.
-        const int fd = ::open(dir.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        const int fd =
+            rootBelow(path, length) < 0 ? openWhole(path, length) : openLevel(path, length);
         // A directory that is not there now may be made in a moment: it is not remembered.
         if (fd < 0)
             return -1;
@@ -51,14 +54,65 @@ public:
         return fd;
     }
 
+    void addRoot(const QByteArray& root) {
+        if (!root.isEmpty())
+            m_roots.insert(root);
+    }
+
+    // The length of the longest root that the first length bytes of path lie strictly below,
+    // or -1; also -1 for a root itself, which is opened as the user wrote it. A run may have
+    // thousands of roots: each is looked up by the path's own prefixes.
+    qsizetype rootBelow(const QByteArray& path, qsizetype length) const {
+        if (m_roots.isEmpty() || m_roots.contains(path.left(length)))
+            return -1;
+        for (qsizetype i = length - 1; i >= 0; --i) {
+            if (path[i] == '/' && m_roots.contains(i == 0 ? QByteArrayLiteral("/") : path.left(i)))
+                return i;
+        }
+        return -1;
+    }
+
+private:
+    static int openWhole(const QByteArray& path, qsizetype length) {
+        const QByteArray dir = length == 0 ? QByteArrayLiteral("/") : path.left(length);
+        // Opened for reading, so that the same handle also lists the directory.
+        return ::open(dir.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    }
+
+    // A directory below a root: its last level opened from its parent's handle, refusing a
+    // symbolic link (ELOOP), so that no level between the root and it can be a link either.
+    int openLevel(const QByteArray& path, qsizetype length) {
+        qsizetype slash = length - 1;
+        while (slash > 0 && path[slash] != '/')
+            --slash;
+        qsizetype parent = slash;
+        while (parent > 1 && path[parent - 1] == '/')
+            --parent;
+        const int parentFd = find(path, parent);
+        if (parentFd < 0)
+            return -1;
+        const QByteArray name = path.mid(slash + 1, length - slash - 1);
+        const int fd =
+            ::openat(parentFd, name.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+        if (fd < 0 && (errno == ENOTDIR || errno == ELOOP)) {
+            struct stat st {};
+            const bool link =
+                ::fstatat(parentFd, name.constData(), &st, AT_SYMLINK_NOFOLLOW) == 0 &&
+                S_ISLNK(st.st_mode);
+            errno = link ? ELOOP : ENOTDIR;
+        }
+        return fd;
+    }
+
 private:
     struct Entry {
         QByteArray dir;
         int fd = -1;
     };
-    static constexpr int kSize = 8;
+    static constexpr int kSize = 16;
     Entry m_entries[kSize];
     int m_count = 0;
+    QSet<QByteArray> m_roots;
 };
 
 namespace {
@@ -84,6 +138,11 @@ void DirectoryHandles::HeldSource::hold(const QByteArray& heldPath, int heldFd,
     fd = heldFd;
     status = st;
     stored = heldStored;
+}
+
+void DirectoryHandles::addRoot(const QByteArray& root) {
+    if (active)
+        active->addRoot(root);
 }
 
 DirectoryHandles::HeldSource* DirectoryHandles::heldSource() {
@@ -113,10 +172,14 @@ DirectoryHandles::At DirectoryHandles::resolve(const QByteArray& path) {
     // Relative paths and names ending in a slash are left to the whole-path calls.
     if (slash < 0 || slash == path.size() - 1)
         return whole;
+    const char* name = path.constData() + slash + 1;
     const int fd = active->find(path, slash);
-    if (fd < 0)
-        return whole;
-    return {fd, path.constData() + slash + 1};
+    if (fd >= 0)
+        return {fd, name};
+    // Below a root, the whole path could pass through the very link that was refused.
+    if (active->rootBelow(path, path.size()) >= 0)
+        return {-1, name, errno == 0 ? ENOENT : errno};
+    return whole;
 }
 
 } // namespace ondrel

@@ -11,6 +11,11 @@ namespace ondrel {
 // and rename. Handles are kept only while a Scope lives on the calling thread: a run opens one
 // for its length, so nothing that happens to the directories between runs is hidden by an old
 // handle.
+//
+// A run also names its trees' roots (its source and destination paths, as the user wrote them,
+// links allowed). A directory below a root is opened level by level from the root's handle,
+// and never through a symbolic link: a link planted or swapped in below a root, by whoever can
+// write there, leads nowhere instead of out of the job's paths.
 class DirectoryHandles {
 public:
     class Scope {
@@ -24,19 +29,26 @@ public:
         class DirectoryHandleCache* m_outer;
     };
 
+    // Names root as the top of a tree the active Scope works in (no trailing separator).
+    static void addRoot(const QByteArray& root);
+
     // A path as a directory handle and the name within it.
     struct At {
-        int dir;          // a directory handle, or AT_FDCWD
+        int dir;          // a directory handle, AT_FDCWD, or -1 when the directory is refused
         const char* name; // points into the path given
+        int error = 0;    // why dir is -1 (ELOOP: a level below a root is a symbolic link)
+        bool refused() const { return dir == -1; }
     };
 
     // The handle of path's directory and path's last component, when a Scope is active and the
-    // directory can be opened; otherwise (AT_FDCWD, the whole path).
+    // directory can be opened; otherwise (AT_FDCWD, the whole path). A path below a root never
+    // falls back to the whole path: dir is then -1 with the reason in error.
     static At resolve(const QByteArray& path);
 
     // The handle of directory dir itself, opened for reading, while a Scope is active; it
     // stays the Scope's (never closed by the caller). -1 when it cannot be opened (errno tells
-    // why), and -1 with errno 0 when no Scope is active.
+    // why: ELOOP for a level below a root that is a link), and -1 with errno 0 when no Scope is
+    // active.
     static int handleOf(const QByteArray& dir);
 
     // The file a copy last read, kept open while a Scope is active, so that copying it to its

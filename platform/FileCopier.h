@@ -16,13 +16,16 @@ class FileCopier {
 public:
     // See FileSystem::copyFile.
     static Result<CopiedFile> copy(const QByteArray& source, const QByteArray& destination,
-                                   DestinationHint hint);
+                                   DestinationHint hint, const CopyControl& control);
 
     // Removes the temporary files in dir whose copying process is gone.
     static void removeStaleTemporaries(const QByteArray& dir);
 
     // Whether name is one of copy's temporary files.
     static bool isTemporaryName(QByteArrayView name);
+    // A temporary name for a copy to name by process processId: the name and process, random
+    // letters and a check over all of it.
+    static QByteArray temporaryName(QByteArrayView name, qint64 processId);
 };
 
 } // namespace ondrel

@@ -78,6 +78,8 @@ void sortForListBox(std::vector<QByteArray>& names) {
 
 Result<int> FileSystem::getAttributes(const QByteArray& path) {
     const DirectoryHandles::At at = DirectoryHandles::resolve(path);
+    if (at.refused())
+        return errnoError(at.error, path);
     struct stat st {};
     if (::fstatat(at.dir, at.name, &st, 0) != 0)
         return errnoError(errno, path);
@@ -92,16 +94,24 @@ Result<void> FileSystem::setAttributes(const QByteArray& path, int attributes) {
 Result<FileStatus> FileSystem::status(const QByteArray& path, StatusDetail detail) {
     const DirectoryHandles::At at = DirectoryHandles::resolve(path);
     struct stat st {};
-    if (::fstatat(at.dir, at.name, &st, 0) != 0) {
-        if (detail == StatusDetail::Probe && errno == ENOENT)
+    if (at.refused() || ::fstatat(at.dir, at.name, &st, 0) != 0) {
+        const int e = at.refused() ? at.error : errno;
+        if (detail == StatusDetail::Probe && e == ENOENT)
             return error(ErrNo::FileNotFound);
-        return errnoError(errno, path);
+        return errnoError(e, path);
     }
+    FileStatus s = statusOf(st);
+    if (detail == StatusDetail::WithAttributes)
+        s.attributes = DosAttributes::fromStatus(path, st);
+    return s;
+}
+
+FileStatus FileSystem::statusOf(const struct stat& st) {
     FileStatus s;
     s.size = st.st_size;
     s.modified = st.st_mtim.tv_sec;
-    if (detail == StatusDetail::WithAttributes)
-        s.attributes = DosAttributes::fromStatus(path, st);
+    s.modifiedNs = qint64(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec;
+    s.changedNs = qint64(st.st_ctim.tv_sec) * 1000000000 + st.st_ctim.tv_nsec;
     s.device = st.st_dev;
     s.inode = st.st_ino;
     s.permissions = st.st_mode & 07777;
@@ -145,14 +155,15 @@ Result<std::vector<QByteArray>> FileSystem::subDirectories(const QByteArray& dir
 }
 
 Result<std::vector<QByteArray>> FileSystem::matchingFiles(const QByteArray& dir,
-                                                          const QString& masks) {
+                                                          const QString& masks,
+                                                          std::vector<QByteArray>* skipped) {
     const Result<FileMask> mask = FileMask::compile(masks);
     if (!mask) // reported, like every failure of a listing, as the file system's
         return error(ErrNo::InvalidCall);
     std::vector<QByteArray> names;
     const Result<void> read = readDirectory(dir, [&](int fd, const dirent64& entry) {
         const unsigned char type = entry.d_type;
-        if (type != DT_REG && type != DT_LNK && type != DT_UNKNOWN)
+        if (type == DT_DIR)
             return;
         const QByteArrayView name(static_cast<const char*>(entry.d_name));
         if (FileCopier::isTemporaryName(name) || !mask->matches(name))
@@ -160,8 +171,13 @@ Result<std::vector<QByteArray>> FileSystem::matchingFiles(const QByteArray& dir,
         // A link counts as the regular file it names; a fifo is never opened.
         if (type != DT_REG) {
             struct stat st {};
-            if (::fstatat(fd, entry.d_name, &st, 0) != 0 || !S_ISREG(st.st_mode))
+            const bool followed = ::fstatat(fd, entry.d_name, &st, 0) == 0;
+            if (!followed || !S_ISREG(st.st_mode)) {
+                // A link to a directory is a directory, never walked; the rest is no file.
+                if (skipped && !(followed && S_ISDIR(st.st_mode)))
+                    skipped->push_back(name.toByteArray());
                 return;
+            }
         }
         names.emplace_back(name.toByteArray());
     });
@@ -193,18 +209,22 @@ Result<void> FileSystem::checkDirectory(const QByteArray& path) {
 
 Result<void> FileSystem::makeDirectory(const QByteArray& path, int permissions) {
     const mode_t wanted = permissions < 0 ? mode_t(0777) : mode_t(permissions) & 07777;
+    const DirectoryHandles::At at = DirectoryHandles::resolve(path);
+    if (at.refused())
+        return at.error == ELOOP ? errnoError(ELOOP, path) : directoryError(at.error, path);
     CrashPoint::reached();
     // Made with at most the bits wanted (the umask only takes some away), then given exactly
     // those: a private directory is never open to others, not even for a moment.
-    if (::mkdir(path.constData(), wanted & 01777) != 0) {
+    if (::mkdirat(at.dir, at.name, wanted & 01777) != 0) {
         const int e = errno;
         if (e == EEXIST)
             return error(ErrNo::PathFileAccess);
         return directoryError(e, path);
     }
     static const mode_t umask = currentUmask();
+    // The bits the system refuses stay cleared.
     if (permissions >= 0 && ((wanted & 06000) || (wanted & umask)))
-        (void)::chmod(path.constData(), wanted); // the bits the system refuses stay cleared
+        (void)::fchmodat(at.dir, at.name, wanted, 0);
     return {};
 }
 
@@ -217,6 +237,8 @@ Result<void> FileSystem::checkAccess(const QByteArray& path, Access access) {
 
 Result<void> FileSystem::deleteFile(const QByteArray& path) {
     const DirectoryHandles::At at = DirectoryHandles::resolve(path);
+    if (at.refused())
+        return errnoError(at.error, path);
     struct stat st {};
     if (::fstatat(at.dir, at.name, &st, AT_SYMLINK_NOFOLLOW) != 0)
         return errnoError(errno, path);
@@ -233,8 +255,8 @@ Result<void> FileSystem::deleteFile(const QByteArray& path) {
 }
 
 Result<CopiedFile> FileSystem::copyFile(const QByteArray& source, const QByteArray& destination,
-                                        DestinationHint hint) {
-    return FileCopier::copy(source, destination, hint);
+                                        DestinationHint hint, const CopyControl& control) {
+    return FileCopier::copy(source, destination, hint, control);
 }
 
 void FileSystem::removeStaleTemporaries(const QByteArray& dir) {
@@ -337,22 +359,6 @@ QString FileSystem::displayPath(const QByteArray& path) {
         i += length;
     }
     return out;
-}
-
-void FileSystem::syncFileSystems(const std::vector<QByteArray>& paths) {
-    std::vector<dev_t> synced;
-    for (const QByteArray& path : paths) {
-        Fd fd(::open(path.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        if (!fd)
-            fd.reset(::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-        struct stat st {};
-        if (!fd || ::fstat(fd.get(), &st) != 0)
-            continue;
-        if (std::find(synced.begin(), synced.end(), st.st_dev) != synced.end())
-            continue;
-        ::syncfs(fd.get());
-        synced.push_back(st.st_dev);
-    }
 }
 
 } // namespace ondrel

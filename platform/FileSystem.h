@@ -6,8 +6,12 @@
 #include <QString>
 
 #include <ctime>
+#include <functional>
+#include <optional>
 #include <sys/types.h>
 #include <vector>
+
+struct stat;
 
 namespace ondrel {
 
@@ -35,20 +39,50 @@ enum class StatusDetail { WithAttributes, WithoutAttributes, Probe };
 struct FileStatus {
     qint64 size = 0;
     qint64 modified = 0; // last-modified time in whole seconds since the epoch
-    int attributes = 0;  // the Attr bits, as getAttributes gives them (0 when not read)
+    // The last-modified and last-changed times to the nanosecond: a file rewritten within the
+    // same second, or replaced by another of the same size, is told apart by them.
+    qint64 modifiedNs = 0;
+    qint64 changedNs = 0;
+    int attributes = 0; // the Attr bits, as getAttributes gives them (0 when not read)
     dev_t device = 0;
     ino_t inode = 0;
     unsigned permissions = 0; // the permission bits, setgid and sticky included
     bool isDirectory = false;
     bool isRegular = false;
+
+    // Whether this is the very file other was, unchanged: the same file (device and inode), size
+    // and times to the nanosecond.
+    bool sameFileAs(const FileStatus& other) const {
+        return device == other.device && inode == other.inode && size == other.size &&
+               modifiedNs == other.modifiedNs && changedNs == other.changedNs;
+    }
 };
 
-// What a copy did: the source as its content was read (size, time, identity; no attributes),
-// and which file took the destination's name, by its identity.
+// What a copy did: the source as its content was read (size, times, identity; no attributes),
+// and which file took the destination's name, by its identity. declined: the copy found a file
+// at the destination when it came to take the name, its caller chose to keep that file, and
+// the copy was discarded.
 struct CopiedFile {
     FileStatus source;
     dev_t device = 0;
     ino_t inode = 0;
+    bool declined = false;
+};
+
+// What a copy asks of its caller while it works.
+struct CopyControl {
+    // Asked between the chunks of a large file: false stops the copy, which then leaves nothing
+    // behind and fails with error 32755.
+    std::function<bool()> keepGoing;
+    // The file the caller decided to replace (nothing when it found the destination missing).
+    // When the copy comes to take the destination's name and finds any other file there, one
+    // that appeared or was replaced meanwhile, it asks mayReplace about that file: true
+    // replaces it, false keeps it and discards the copy. Without mayReplace it is replaced.
+    std::optional<FileStatus> decidedOn;
+    std::function<bool(const FileStatus& found)> mayReplace;
+    // The copy takes the source's owner and group (a move run by root keeps them, as mv does);
+    // otherwise it belongs to whoever copies.
+    bool keepOwner = false;
 };
 
 // What checkAccess asks of a path: that its content can be read, or, for a directory, that
@@ -75,6 +109,8 @@ public:
     // Size, last-modified time, attributes and identity in one call; follows symbolic links.
     static Result<FileStatus> status(const QByteArray& path,
                                      StatusDetail detail = StatusDetail::WithAttributes);
+    // A status as status() gives it without attributes, from what stat filled in.
+    static FileStatus statusOf(const struct stat& st);
     static Result<qint64> fileLength(const QByteArray& path);
     static Result<qint64> lastModified(const QByteArray& path);
 
@@ -83,10 +119,12 @@ public:
     static Result<std::vector<QByteArray>> subDirectories(const QByteArray& dir);
 
     // Names of the regular files of dir (a symbolic link to a regular file counts as the file)
-    // that match one of the ";"-separated masks, in list-box order. Fifos, devices and sockets
-    // are never listed. A mask holding any of \ / : < > | " is error 5.
-    static Result<std::vector<QByteArray>> matchingFiles(const QByteArray& dir,
-                                                         const QString& masks);
+    // that match one of the ";"-separated masks, in list-box order. Fifos, devices, sockets
+    // and links that lead nowhere are never listed: the names of those that match go to
+    // skipped, when given. A mask holding any of \ / : < > | " is error 5.
+    static Result<std::vector<QByteArray>>
+    matchingFiles(const QByteArray& dir, const QString& masks,
+                  std::vector<QByteArray>* skipped = nullptr);
 
     // Whether name matches one mask, without regard to case: "*" any run of characters, "?" one
     // character, and "*.*" every name, also one without a dot.
@@ -117,9 +155,12 @@ public:
     // reads as Archive. An existing read-only destination is refused with 70; a destination that
     // is the source itself (same device and inode) is refused with 75; a missing source is 53; a
     // missing destination directory 76. A failed copy leaves no temporary file behind. Holes in
-    // a sparse source stay holes.
+    // a sparse source stay holes. A source that is a symbolic link is followed only when the
+    // link and the file it leads to have the same owner, or the link is the caller's own:
+    // otherwise 75. control: see CopyControl.
     static Result<CopiedFile> copyFile(const QByteArray& source, const QByteArray& destination,
-                                       DestinationHint hint = DestinationHint::Unknown);
+                                       DestinationHint hint = DestinationHint::Unknown,
+                                       const CopyControl& control = {});
 
     // Removes temporary files that a copy into dir left behind when its process was killed.
     // Only files named as copyFile names them, whose process is gone, are removed.
@@ -132,9 +173,6 @@ public:
     // \xNN and control characters (line breaks, tabs) as \n, \r, \t or \xNN, so that a name
     // can never break or forge a line of the log.
     static QString displayPath(const QByteArray& path);
-
-    // Writes every file system that holds one of paths to the disk (once each).
-    static void syncFileSystems(const std::vector<QByteArray>& paths);
 };
 
 } // namespace ondrel

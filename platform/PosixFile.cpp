@@ -54,6 +54,10 @@ Error errnoError(int e, const QByteArray& path) {
             ::stat(parentOf(path).constData(), &st) == 0 && S_ISDIR(st.st_mode);
         return error(parentThere ? ErrNo::FileNotFound : ErrNo::PathNotFound);
     }
+    if (e == ELOOP)
+        return error(ErrNo::PathFileAccess,
+                     QStringLiteral("Path/File access error (a symbolic link to a directory on "
+                                    "the way is not followed)"));
     return Error::fromErrno(e, QFile::decodeName(path), kSource);
 }
 

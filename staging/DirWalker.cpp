@@ -18,10 +18,6 @@ namespace {
 
 const QString kVarious = QStringLiteral("<various>");
 
-QByteArray cleanNative(const QString& path) {
-    return QFile::encodeName(QDir::cleanPath(path));
-}
-
 int groupsWithDestinations(const clsSourcePath& sp) {
     int n = 0;
     for (const auto& fg : sp.FGs())
@@ -32,10 +28,31 @@ int groupsWithDestinations(const clsSourcePath& sp) {
 } // namespace
 
 DirWalker::DirWalker(StagingRun& run) : m_run(run), m_stager(run) {
+    QSet<QByteArray> seen;
     for (const auto& sp : run.m_spec.SPs())
         for (const auto& fg : sp->FGs())
-            for (const auto& dp : fg->DPs())
-                m_destinations.insert(cleanNative(dp->Name()));
+            for (const auto& dp : fg->DPs()) {
+                QByteArray path = run.nativePath(dp->Name());
+                if (!seen.contains(path)) {
+                    seen.insert(path);
+                    m_missingDestinations.push_back(std::move(path));
+                }
+            }
+    m_madeDirectoriesSeen = -1;
+    findMadeDestinations();
+}
+
+void DirWalker::findMadeDestinations() {
+    if (m_madeDirectoriesSeen == m_run.m_state.madeDirectories)
+        return;
+    m_madeDirectoriesSeen = m_run.m_state.madeDirectories;
+    std::erase_if(m_missingDestinations, [&](const QByteArray& path) {
+        const Result<FileStatus> found = FileSystem::status(path, StatusDetail::WithoutAttributes);
+        if (!found.ok() || !found->isDirectory)
+            return false;
+        m_destinationIds.insert({found->device, found->inode});
+        return true;
+    });
 }
 
 bool DirWalker::askToContinue(const QString& text, const QString& title) {
@@ -82,7 +99,8 @@ bool DirWalker::walkSourcePath(const clsSourcePath& sp) {
         m_run.log(QStringLiteral("Include sub-directories:  ") +
                   Convert::booleanText(sp.InclSubDirs()));
 
-    const QByteArray dir = QFile::encodeName(name);
+    const QByteArray dir = various ? QByteArray() : m_run.nativePath(name);
+    m_run.m_state.curSourceRoot = dir;
     if (!various) {
         host.showDirectory(name);
         const Result<void> exists = FileSystem::checkDirectory(dir);
@@ -152,8 +170,12 @@ void DirWalker::walkVariousFiles(const clsSourcePath& sp) {
     }
 }
 
-bool DirWalker::isOwnDestination(const QByteArray& dir) const {
-    return m_destinations.contains(dir);
+bool DirWalker::isOwnDestination(const QByteArray& dir) {
+    findMadeDestinations();
+    if (m_destinationIds.isEmpty())
+        return false;
+    const Result<FileStatus> status = FileSystem::status(dir, StatusDetail::WithoutAttributes);
+    return status.ok() && m_destinationIds.contains({status->device, status->inode});
 }
 
 bool DirWalker::DirWalk(const clsSourcePath& SourcePath, const QByteArray& Dir) {
@@ -197,7 +219,9 @@ bool DirWalker::DirWalk(const clsSourcePath& SourcePath, const QByteArray& Dir) 
             continue;
         }
         host.showFileGroup(fg->Name());
-        const Result<std::vector<QByteArray>> files = FileSystem::matchingFiles(Dir, fg->Name());
+        std::vector<QByteArray> skipped;
+        const Result<std::vector<QByteArray>> files =
+            FileSystem::matchingFiles(Dir, fg->Name(), &skipped);
         if (!files.ok()) {
             if (files.error().number() == ErrNo::PathNotFound)
                 return sourcePathNotFound(shownDir, Dir);
@@ -206,6 +230,9 @@ bool DirWalker::DirWalk(const clsSourcePath& SourcePath, const QByteArray& Dir) 
                               QStringLiteral("Dir_Change"), MsgButtons::OK, Dir);
             continue;
         }
+        for (const QByteArray& name : skipped)
+            m_run.log(QStringLiteral(">>>") + FileSystem::displayPath(NativePath::join(Dir, name)) +
+                      QStringLiteral(" is not a regular file; it was not staged."));
         if (files->empty())
             continue;
         host.setProgressRange(int(files->size()));

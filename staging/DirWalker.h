@@ -1,10 +1,13 @@
 #pragma once
 
 #include "staging/FileStager.h"
+#include "staging/RunState.h"
 
 #include <QByteArray>
 #include <QSet>
 #include <QString>
+
+#include <vector>
 
 namespace ondrel {
 
@@ -33,11 +36,18 @@ private:
     bool askToContinue(const QString& text, const QString& title);
     // Reports a source directory that is not there: name as the texts show it, path native.
     bool sourcePathNotFound(const QString& name, const QByteArray& path);
-    bool isOwnDestination(const QByteArray& dir) const;
+    // Whether dir is one of the run's destination paths, by device and inode, however its path
+    // reaches it (aliases, links, relative paths).
+    bool isOwnDestination(const QByteArray& dir);
+    // Looks again for the destination paths that were missing, once the run has made
+    // directories since the last look.
+    void findMadeDestinations();
 
     StagingRun& m_run;
     FileStager m_stager;
-    QSet<QByteArray> m_destinations; // every destination path of the spec, cleaned
+    QSet<RunState::FileId> m_destinationIds;
+    std::vector<QByteArray> m_missingDestinations;
+    int m_madeDirectoriesSeen = 0;
 };
 
 } // namespace ondrel

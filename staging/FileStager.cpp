@@ -14,6 +14,8 @@
 
 #include <algorithm>
 
+#include <unistd.h>
+
 namespace ondrel {
 
 namespace {
@@ -36,11 +38,7 @@ void FileStager::StageFile(const clsFileGroup& FileGroup, const QByteArray& Sour
 
     QByteArrayView relative(SourceFile);
     if (state.CurSourcePath != kVarious) {
-        if (m_curSourcePathText != state.CurSourcePath) {
-            m_curSourcePathText = state.CurSourcePath;
-            m_curSourcePath = QFile::encodeName(state.CurSourcePath);
-        }
-        relative = relative.sliced(std::min(m_curSourcePath.size(), relative.size()));
+        relative = relative.sliced(std::min(state.curSourceRoot.size(), relative.size()));
         while (relative.startsWith('/'))
             relative = relative.sliced(1);
         call.relativeAt = SourceFile.size() - relative.size();
@@ -138,42 +136,11 @@ FileStager::Next FileStager::toDestination(Call& call, const QString& destPath,
     }
 
     if (dest) {
-        switch (settings.Overwrite()) {
-        case OverwriteMode::IfOlder:
-            if (const auto next = readSourceStatus(call, StatusDetail::WithoutAttributes))
-                return *next;
-            call.Task = QStringLiteral("GetDPAttr");
-            if (call.sourceStatus->modified <= dest->modified)
-                return Next::NextDestination;
-            break;
-        case OverwriteMode::Prompt: {
-            const QString text =
-                FileSystem::displayPath(destFile) + QStringLiteral(" already exists.");
-            m_run.log(QStringLiteral(">>>") + text);
-            const MsgAnswer answer = host.ask(
-                text + QStringLiteral("  Do you want to overwrite it?"), MsgButtons::YesNoCancel,
-                MsgIcon::Question, QStringLiteral("Overwrite Existing File?"));
-            if (answer == MsgAnswer::Cancel) {
-                m_run.Cancel();
-                return Next::Return;
-            }
-            if (answer != MsgAnswer::Yes) {
-                m_run.log(QStringLiteral(">>>Ignoring file . . ."));
-                return Next::NextDestination;
-            }
-            m_run.log(QStringLiteral(">>>Overwriting . . ."));
-            break;
-        }
-        case OverwriteMode::Always:
-            break;
-        default:
-            // Never, and any value that is no mode, leaves the existing file alone.
-            return Next::NextDestination;
-        }
+        if (const auto next = decideOverwrite(call, *dest))
+            return *next;
     }
 
-    if (const auto next =
-            copy(call, to, dest ? DestinationHint::Unknown : DestinationHint::Missing))
+    if (const auto next = copy(call, to, dest))
         return *next;
     host.yield();
     ++state.CopiedCount;
@@ -189,12 +156,48 @@ FileStager::Next FileStager::toDestination(Call& call, const QString& destPath,
     return Next::NextDestination;
 }
 
+std::optional<FileStager::Next> FileStager::decideOverwrite(Call& call, const FileStatus& dest) {
+    StagingHost& host = m_run.m_host;
+    switch (m_run.m_settings.Overwrite()) {
+    case OverwriteMode::IfOlder:
+        if (const auto next = readSourceStatus(call, StatusDetail::WithoutAttributes))
+            return next;
+        call.Task = QStringLiteral("GetDPAttr");
+        if (call.sourceStatus->modified <= dest.modified)
+            return Next::NextDestination;
+        return std::nullopt;
+    case OverwriteMode::Prompt: {
+        const QString text =
+            FileSystem::displayPath(call.destFile) + QStringLiteral(" already exists.");
+        m_run.log(QStringLiteral(">>>") + text);
+        const MsgAnswer answer = host.ask(text + QStringLiteral("  Do you want to overwrite it?"),
+                                          MsgButtons::YesNoCancel, MsgIcon::Question,
+                                          QStringLiteral("Overwrite Existing File?"));
+        if (answer == MsgAnswer::Cancel) {
+            m_run.Cancel();
+            return Next::Return;
+        }
+        if (answer != MsgAnswer::Yes) {
+            m_run.log(QStringLiteral(">>>Ignoring file . . ."));
+            return Next::NextDestination;
+        }
+        m_run.log(QStringLiteral(">>>Overwriting . . ."));
+        return std::nullopt;
+    }
+    case OverwriteMode::Always:
+        return std::nullopt;
+    default:
+        // Never, and any value that is no mode, leaves the existing file alone.
+        return Next::NextDestination;
+    }
+}
+
 const FileStager::Destination& FileStager::destination(const QString& destPath) {
     const auto found = m_destinations.find(&destPath);
     if (found != m_destinations.end())
         return found->second;
     Destination made;
-    made.base = NativePath::withoutTrailingSeparator(QFile::encodeName(destPath));
+    made.base = m_run.nativePath(destPath);
     made.drive = Volumes::mountPointOf(made.base);
     return m_destinations.emplace(&destPath, std::move(made)).first->second;
 }
@@ -235,8 +238,9 @@ std::optional<FileStager::Next> FileStager::checkDrive(Call& call) {
 }
 
 std::optional<FileStager::Next> FileStager::copy(Call& call, const Destination& to,
-                                                 DestinationHint hint) {
+                                                 const std::optional<FileStatus>& dest) {
     RunState& state = m_run.m_state;
+    const clsOndrelApp& settings = m_run.m_settings;
     const QByteArray& destFile = call.destFile;
     StagingHost& host = m_run.m_host;
     host.showDestFile(destFile);
@@ -246,20 +250,52 @@ std::optional<FileStager::Next> FileStager::copy(Call& call, const Destination& 
         m_run.log(QStringLiteral("Copying ") + call.shownSource() + QStringLiteral(" to ") +
                   FileSystem::displayPath(destFile));
     const QByteArray destDir = NativePath::parentOf(destFile);
+
+    // The rule is decided again on any file that stands at the destination when the copy
+    // takes its name and is not the one it was decided on: one may appear while a large file
+    // is copied.
+    std::optional<Next> declinedNext;
+    CopyControl control;
+    control.decidedOn = dest;
+    control.mayReplace = [&](const FileStatus& found) {
+        declinedNext = decideOverwrite(call, found);
+        call.Task = QStringLiteral("FileCopy");
+        if (declinedNext && settings.Overwrite() != OverwriteMode::Prompt && !state.Cancelled)
+            m_run.log(QStringLiteral(">>>") + FileSystem::displayPath(destFile) +
+                      QStringLiteral(" appeared while it was being copied; it was not replaced."));
+        return !declinedNext;
+    };
+    control.keepGoing = [&] {
+        host.yield();
+        return !state.Cancelled;
+    };
+    // A move run by root leaves each file its owner, as mv does; a copy belongs to whoever runs
+    // it, as with cp.
+    control.keepOwner = settings.DelSource() && ::geteuid() == 0;
+
     bool madeDirs = false;
     for (;;) {
         if (!state.writtenDirs.contains(destDir)) {
             state.writtenDirs.insert(destDir);
+            if (settings.DelSource())
+                m_run.m_ops.watchWrites(destDir);
             m_run.m_ops.removeStaleTemporaries(destDir);
         }
-        const Result<CopiedFile> copied = m_run.m_ops.copyFile(call.source, destFile, hint);
+        const Result<CopiedFile> copied = m_run.m_ops.copyFile(
+            call.source, destFile, dest ? DestinationHint::Unknown : DestinationHint::Missing,
+            control);
+        if (copied.ok() && copied->declined)
+            return declinedNext.value_or(Next::NextDestination);
         if (copied.ok()) {
-            if (m_run.m_settings.DelSource())
+            if (settings.DelSource())
                 rememberCopy(call, to, copied.value());
             if (!call.sourceStatus)
                 call.sourceStatus = copied->source;
             return std::nullopt;
         }
+        // Stopped by Cancel or Ctrl-C in the middle of a file: nothing of it is left.
+        if (copied.error().number() == ErrNo::CancelSelected && state.Cancelled)
+            return Next::Return;
         if (copied.error().number() == ErrNo::PathNotFound) {
             // The destination directory is missing: made when the options say so, then the
             // copy is tried once more.
@@ -274,6 +310,7 @@ std::optional<FileStager::Next> FileStager::copy(Call& call, const Destination& 
                 return Next::NextDestination;
             }
             madeDirs = true;
+            ++state.madeDirectories;
             host.showDestFile(destFile);
             host.yield();
             continue;
@@ -287,14 +324,12 @@ void FileStager::rememberCopy(const Call& call, const Destination& to, const Cop
     RunState& state = m_run.m_state;
     // The source as this copy read it: a move deletes it only if it is still so.
     RunState::Copied& entry = state.copiedSources[call.source];
-    entry.size = copied.source.size;
-    entry.modified = copied.source.modified;
-    entry.id = {copied.source.device, copied.source.inode};
+    entry.source = copied.source;
     const bool known = std::any_of(entry.places.cbegin(), entry.places.cend(), [&](const auto& p) {
         return p.relativeAt == call.relativeAt && p.base == to.base;
     });
     if (!known)
-        entry.places.push_back({to.base, call.relativeAt});
+        entry.places.push_back({to.base, call.relativeAt, copied.device});
     // The file now at the destination holds this source, until another copy replaces it.
     state.copyHolders.insert({copied.device, copied.inode}, call.source);
 }
@@ -310,8 +345,7 @@ int FileStager::permissionsFor(const QByteArray& dir, const QByteArray& base) {
             return -1; // above the destination path: the default
         below = QByteArrayView(dir).sliced(start);
     }
-    const QByteArray source =
-        NativePath::join(NativePath::withoutTrailingSeparator(m_curSourcePath), below);
+    const QByteArray source = NativePath::join(m_run.m_state.curSourceRoot, below);
     const Result<FileStatus> status = m_run.m_ops.status(source, StatusDetail::WithoutAttributes);
     if (!status.ok() || !status->isDirectory)
         return -1;
@@ -330,11 +364,27 @@ std::optional<FileStager::Next> FileStager::resetArchive(Call& call) {
         if (attributes.ok() && attributes.value() != Attr::Normal)
             reset = m_run.m_ops.setAttributes(call.source, attributes.value() - Attr::Archive);
         const Error& failure = attributes.ok() ? reset.error() : attributes.error();
-        if (attributes.ok() && reset.ok())
+        if (attributes.ok() && reset.ok()) {
+            noteArchiveReset(call);
             return std::nullopt;
+        }
         if (const Next next = handleError(failure, call); next != Next::Retry)
             return next;
     }
+}
+
+void FileStager::noteArchiveReset(const Call& call) {
+    // Storing the attribute changed the source's change time: a move compares the source with
+    // what it was after this, not before. Anything else that changed still keeps it.
+    RunState& state = m_run.m_state;
+    const auto entry = state.copiedSources.find(call.source);
+    if (entry == state.copiedSources.end())
+        return;
+    const Result<FileStatus> now = m_run.m_ops.status(call.source, StatusDetail::WithoutAttributes);
+    FileStatus& was = entry->source;
+    if (now.ok() && now->device == was.device && now->inode == was.inode && now->size == was.size &&
+        now->modifiedNs == was.modifiedNs)
+        was.changedNs = now->changedNs;
 }
 
 FileStager::Next FileStager::handleError(const Error& error, Call& call) {

@@ -55,13 +55,20 @@ private:
     // These three give nothing when the step succeeded and the destination's staging goes on.
     std::optional<Next> readSourceStatus(Call& call, StatusDetail detail);
     std::optional<Next> checkDrive(Call& call);
-    std::optional<Next> copy(Call& call, const Destination& to, DestinationHint hint);
+    // dest: the file found at the destination, which the overwrite rule said to replace, or
+    // nothing when there was none.
+    std::optional<Next> copy(Call& call, const Destination& to,
+                             const std::optional<FileStatus>& dest);
+    // The overwrite rule on a file found at the destination: nothing when it is to be replaced,
+    // otherwise how to go on (the "Prompt" question asked and logged).
+    std::optional<Next> decideOverwrite(Call& call, const FileStatus& dest);
     // What a move needs to know of a copy to delete its source safely.
     void rememberCopy(const Call& call, const Destination& to, const CopiedFile& copied);
     // The permission bits of a destination directory the run makes (dir, below or at the
     // destination path base), or -1 for the default.
     int permissionsFor(const QByteArray& dir, const QByteArray& base);
     std::optional<Next> resetArchive(Call& call);
+    void noteArchiveReset(const Call& call);
     // The one error handler of StageFile: reports the failure as its number calls for and says
     // how to go on.
     Next handleError(const Error& error, Call& call);
@@ -71,8 +78,6 @@ private:
     StagingRun& m_run;
     // By the address of the destination path's name: the spec does not change during a run.
     std::unordered_map<const QString*, Destination> m_destinations;
-    QByteArray m_curSourcePath; // native form of the source path being walked
-    QString m_curSourcePathText;
 };
 
 } // namespace ondrel

@@ -1,8 +1,10 @@
 #include "staging/RunCompletion.h"
 
 #include "app/clsOndrelApp.h"
+#include "platform/DirectoryHandles.h"
 #include "platform/FileSystem.h"
 #include "platform/NativePath.h"
+#include "platform/Volumes.h"
 #include "staging/StagingFileOps.h"
 #include "staging/StagingHost.h"
 #include "staging/StagingLog.h"
@@ -11,6 +13,7 @@
 #include <QLocale>
 #include <QSet>
 
+#include <algorithm>
 #include <vector>
 
 namespace ondrel {
@@ -38,23 +41,29 @@ QString StagingRun::formatCount(qint64 count) {
 
 RunCompletion::RunCompletion(StagingRun& run) : m_run(run) {}
 
-QString RunCompletion::whyKept(const QByteArray& path, const FileStatus& now) const {
+QString RunCompletion::whyKept(const QByteArray& path, const FileStatus& now,
+                               const std::vector<dev_t>& unsynced) const {
     const RunState& state = m_run.m_state;
     const auto copied = state.copiedSources.constFind(path);
     if (copied == state.copiedSources.cend())
         return {};
-    // A source that changed after it was copied holds content no copy has.
-    if (now.size != copied->size || now.modified != copied->modified)
+    // A source that changed after it was copied, even within the same second and to the same
+    // size, or that another file has replaced, holds content no copy has.
+    if (!now.sameFileAs(copied->source))
         return QStringLiteral(" changed after it was copied; it was not deleted.");
-    // Each copy must still be the file this run wrote for this source: not one that a later
-    // copy of another source replaced, nor one changed or removed since.
+    // Each copy must have reached the disk, and still be the file this run wrote for this
+    // source: not one that a later copy of another source replaced, nor one changed or removed
+    // since.
     for (const RunState::CopyPlace& place : copied->places) {
         const QByteArray copy =
             NativePath::join(place.base, QByteArrayView(path).sliced(place.relativeAt));
+        if (std::find(unsynced.cbegin(), unsynced.cend(), place.device) != unsynced.cend())
+            return QStringLiteral(" was copied to ") + FileSystem::displayPath(copy) +
+                   QStringLiteral(", which the disk failed to write; it was not deleted.");
         const Result<FileStatus> there = m_run.m_ops.status(copy, StatusDetail::WithoutAttributes);
-        const bool holds = there.ok() &&
-                           state.copyHolders.value({there->device, there->inode}) == path &&
-                           there->size == copied->size && there->modified == copied->modified;
+        const bool holds =
+            there.ok() && state.copyHolders.value({there->device, there->inode}) == path &&
+            there->size == copied->source.size && there->modified == copied->source.modified;
         if (!holds)
             return QStringLiteral(" was copied to ") + FileSystem::displayPath(copy) +
                    QStringLiteral(", which no longer holds it; it was not deleted.");
@@ -62,26 +71,68 @@ QString RunCompletion::whyKept(const QByteArray& path, const FileStatus& now) co
     return {};
 }
 
+std::vector<dev_t> RunCompletion::syncCopies() {
+    RunState& state = m_run.m_state;
+    const std::vector<dev_t> failed = m_run.m_ops.syncFileSystems(
+        std::vector<QByteArray>(state.writtenDirs.cbegin(), state.writtenDirs.cend()));
+    for (const dev_t device : failed) {
+        // Named by the drive as the run knows it: the mount point of a copy on that device.
+        QByteArray drive;
+        for (const RunState::Copied& copied : std::as_const(state.copiedSources)) {
+            for (const RunState::CopyPlace& place : copied.places)
+                if (place.device == device && drive.isEmpty())
+                    drive = Volumes::mountPointOf(place.base);
+        }
+        m_run.logError(QStringLiteral("The disk in drive ") + FileSystem::displayPath(drive) +
+                       QStringLiteral(": failed to write the copies made on it.  Their source "
+                                      "files were not deleted."));
+    }
+    return failed;
+}
+
+void RunCompletion::keepTheRest(size_t from) {
+    RunState& state = m_run.m_state;
+    QSet<QByteArray> listed;
+    for (size_t i = from; i < state.lstDelSource.size(); ++i) {
+        const QByteArray& path = state.lstDelSource[i];
+        if (state.problemPaths.contains(path) || listed.contains(path))
+            continue;
+        listed.insert(path);
+        state.UndeletedFiles += FileSystem::displayPath(path) + kCrLf;
+    }
+}
+
 void RunCompletion::deleteSources() {
     RunState& state = m_run.m_state;
     const clsOndrelApp& settings = m_run.m_settings;
     if (state.lstDelSource.empty() || !settings.DelSource() || state.Cancelled)
         return;
+    // The sources are reached as the walk reached them: below a source path, never through a
+    // link to a directory that someone put there since.
+    const DirectoryHandles::Scope handles;
+    m_run.addRoots();
     // The copies reach the disk before any source goes.
-    m_run.m_ops.syncFileSystems(
-        std::vector<QByteArray>(state.writtenDirs.cbegin(), state.writtenDirs.cend()));
+    const std::vector<dev_t> unsynced = syncCopies();
     QSet<QByteArray> kept;
     QSet<RunState::FileId> deleted;
-    for (const QByteArray& path : state.lstDelSource) {
+    for (size_t i = 0; i < state.lstDelSource.size(); ++i) {
+        const QByteArray& path = state.lstDelSource[i];
         if (state.problemPaths.contains(path) || kept.contains(path))
             continue;
+        // Cancel and Ctrl-C stop the deletions too: what is not yet deleted stays.
+        m_run.m_host.yield();
+        if (state.Cancelled) {
+            state.deletionsStopped = true;
+            keepTheRest(i);
+            return;
+        }
         ++state.DeletedCount;
         const QString shown = FileSystem::displayPath(path);
         const Result<FileStatus> now = m_run.m_ops.status(path, StatusDetail::WithoutAttributes);
         Result<void> removed;
         bool deletedBefore = false;
         if (now.ok()) {
-            if (const QString why = whyKept(path, *now); !why.isEmpty()) {
+            if (const QString why = whyKept(path, *now, unsynced); !why.isEmpty()) {
                 --state.DeletedCount;
                 kept.insert(path);
                 state.UndeletedFiles += shown + kCrLf;
@@ -93,7 +144,8 @@ void RunCompletion::deleteSources() {
             // deleted, which the look followed. Either is deleted as the entry itself, never
             // through it; for the second entry that reports the file as not found.
             const auto copied = state.copiedSources.constFind(path);
-            deletedBefore = copied != state.copiedSources.cend() && deleted.contains(copied->id);
+            deletedBefore = copied != state.copiedSources.cend() &&
+                            deleted.contains({copied->source.device, copied->source.inode});
             if (!deletedBefore)
                 removed = now.error();
         }
@@ -139,16 +191,19 @@ QString RunCompletion::summary() const {
     text += (state.Cancelled ? QStringLiteral("Staging aborted.")
                              : QStringLiteral("Staging completed.")) +
             kCrLf + kCrLf;
-    if (state.Cancelled && move)
+    // A run cancelled while its sources were being deleted has deleted some: it says which
+    // stayed and how many went, as a completed move does.
+    const bool deletionsDone = !state.Cancelled || state.deletionsStopped;
+    if (!deletionsDone && move)
         text +=
             QStringLiteral("No files were deleted from their source directories.") + kCrLf + kCrLf;
     text += QStringLiteral("The following files encountered problems during staging:") + kCrLf;
     text += state.ProblemFiles.isEmpty() ? QStringLiteral("NONE") + kCrLf : state.ProblemFiles;
-    if (!state.Cancelled && move && !state.UndeletedFiles.isEmpty())
+    if (deletionsDone && move && !state.UndeletedFiles.isEmpty())
         text += kCrLf + state.UndeletedFiles +
                 QStringLiteral("They were not deleted from their source directories.") + kCrLf;
     text += kCrLf;
-    if (!state.Cancelled && move)
+    if (deletionsDone && move)
         text += QStringLiteral("# of Files Deleted:\t") +
                 StagingRun::formatCount(state.DeletedCount) + kCrLf;
     text +=

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/FileSystem.h"
+
 #include <QByteArray>
 #include <QDateTime>
 #include <QHash>
@@ -29,6 +31,9 @@ struct RunState {
     qint32 DeletedCount = 0;
     QDateTime StartTime;
     QString CurSourcePath;
+    // The source path being walked as the walk reaches it: native, absolute, without a trailing
+    // separator. The walk's files are this joined to their path below it.
+    QByteArray curSourceRoot;
     // Source files to delete at the end of a move, once per destination copied.
     std::vector<QByteArray> lstDelSource;
 
@@ -46,11 +51,12 @@ struct RunState {
     struct CopyPlace {
         QByteArray base;      // the destination path, native
         qsizetype relativeAt; // the copy is base joined to the source's path from here on
+        dev_t device;         // the file system that holds the copy
     };
     struct Copied {
-        qint64 size;
-        qint64 modified;
-        FileId id; // of the file read (for a link, the file it leads to)
+        // The file read, as it was read (for a link, the file it leads to): deleted only if it
+        // is still this very file, unchanged to the nanosecond.
+        FileStatus source;
         std::vector<CopyPlace> places;
     };
     QHash<QByteArray, Copied> copiedSources;
@@ -60,6 +66,10 @@ struct RunState {
     // Directories this run has written into: stale temporary files are removed from each once,
     // and their file systems are synced before a move deletes its sources.
     QSet<QByteArray> writtenDirs;
+    // Directories the run has made: a destination missing when the run began may exist now.
+    int madeDirectories = 0;
+    // Cancel came while the sources of a move were being deleted: some are gone, the rest kept.
+    bool deletionsStopped = false;
 };
 
 } // namespace ondrel

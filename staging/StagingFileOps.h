@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/FileSystem.h"
+#include "platform/WriteBackWatch.h"
 
 namespace ondrel {
 
@@ -19,11 +20,15 @@ public:
     virtual Result<void> makeDirectory(const QByteArray& path, int permissions) = 0;
     // Gives the status the source had when it was copied, and the copy's identity.
     virtual Result<CopiedFile> copyFile(const QByteArray& source, const QByteArray& destination,
-                                        DestinationHint hint) = 0;
+                                        DestinationHint hint, const CopyControl& control) = 0;
     virtual Result<void> setAttributes(const QByteArray& path, int attributes) = 0;
     virtual Result<void> deleteFile(const QByteArray& path) = 0;
-    // Called once before the sources of a move are deleted: makes the copies durable.
-    virtual void syncFileSystems(const std::vector<QByteArray>& paths) = 0;
+    // Called the first time a move writes into a directory, before it writes: from then on the
+    // directory's file system is watched for writes that fail on their way to the disk.
+    virtual void watchWrites(const QByteArray& dir) = 0;
+    // Called once before the sources of a move are deleted: makes the copies in paths durable.
+    // Gives the devices of the file systems that failed to write them.
+    virtual std::vector<dev_t> syncFileSystems(const std::vector<QByteArray>& paths) = 0;
     // Called the first time a run writes into a directory.
     virtual void removeStaleTemporaries(const QByteArray& dir) = 0;
 };
@@ -41,8 +46,8 @@ public:
         return FileSystem::makeDirectory(path, permissions);
     }
     Result<CopiedFile> copyFile(const QByteArray& source, const QByteArray& destination,
-                                DestinationHint hint) override {
-        return FileSystem::copyFile(source, destination, hint);
+                                DestinationHint hint, const CopyControl& control) override {
+        return FileSystem::copyFile(source, destination, hint, control);
     }
     Result<void> setAttributes(const QByteArray& path, int attributes) override {
         return FileSystem::setAttributes(path, attributes);
@@ -50,12 +55,16 @@ public:
     Result<void> deleteFile(const QByteArray& path) override {
         return FileSystem::deleteFile(path);
     }
-    void syncFileSystems(const std::vector<QByteArray>& paths) override {
-        FileSystem::syncFileSystems(paths);
+    void watchWrites(const QByteArray& dir) override { m_watch.watch(dir); }
+    std::vector<dev_t> syncFileSystems(const std::vector<QByteArray>& paths) override {
+        return m_watch.sync(paths);
     }
     void removeStaleTemporaries(const QByteArray& dir) override {
         FileSystem::removeStaleTemporaries(dir);
     }
+
+private:
+    WriteBackWatch m_watch;
 };
 
 } // namespace ondrel

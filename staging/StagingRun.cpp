@@ -5,12 +5,15 @@
 #include "platform/Convert.h"
 #include "platform/DirectoryHandles.h"
 #include "platform/FileSystem.h"
+#include "platform/NativePath.h"
 #include "platform/Volumes.h"
+#include "spec/clsSpecFile.h"
 #include "staging/DirWalker.h"
 #include "staging/RunCompletion.h"
 #include "staging/StagingHost.h"
 #include "staging/StagingLog.h"
 
+#include <QDir>
 #include <QFile>
 #include <QLocale>
 
@@ -81,6 +84,23 @@ void StagingRun::addProblemFile(const QByteArray& path) {
     m_state.ProblemFiles += FileSystem::displayPath(path) + QStringLiteral("\r\n");
 }
 
+QByteArray StagingRun::nativePath(const QString& specPath) const {
+    QString path = specPath;
+    if (QDir::isRelativePath(path))
+        path = QDir(m_spec.Path().isEmpty() ? QDir::currentPath() : m_spec.Path()).filePath(path);
+    return NativePath::withoutTrailingSeparator(QFile::encodeName(path));
+}
+
+void StagingRun::addRoots() const {
+    for (const auto& sp : m_spec.SPs()) {
+        if (sp->Name() != QLatin1String("<various>"))
+            DirectoryHandles::addRoot(nativePath(sp->Name()));
+        for (const auto& fg : sp->FGs())
+            for (const auto& dp : fg->DPs())
+                DirectoryHandles::addRoot(nativePath(dp->Name()));
+    }
+}
+
 void StagingRun::Load() {
     m_state = RunState();
     // The file system of the program's own directory is known to be usable.
@@ -126,6 +146,7 @@ void StagingRun::Activate() {
     // The walk reaches each file through handles on the directories it is in; they are given
     // up when the walk ends.
     const DirectoryHandles::Scope handles;
+    addRoots();
     DirWalker(*this).Activate();
 }
 

@@ -66,6 +66,12 @@ private:
                   const QString& title);
     bool showErrMsgs() const;
     void addProblemFile(const QByteArray& path);
+    // A source or destination path of the spec as the run works with it: native, absolute (a
+    // relative path is taken from the spec file's directory), without a trailing separator.
+    QByteArray nativePath(const QString& specPath) const;
+    // Names every source and destination path of the spec as a root of the directory handles'
+    // active Scope: below them, the run never follows a link to a directory.
+    void addRoots() const;
 
     const clsSpecFile& m_spec;
     const clsOndrelApp& m_settings;

@@ -284,8 +284,6 @@ private Q_SLOTS:
         QTest::newRow("unreadable file, dry run")
             << "mode 000" << true << "File Access Permission Denied"
             << "%T/src/a.txt";
-        QTest::newRow("path too long") << "long" << false << "StageFile Error: Error 75 occurred."
-                                       << "%T/dst/";
     }
 
     void failuresEndWithStatusOne() {
@@ -306,14 +304,6 @@ private Q_SLOTS:
                                           QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
         } else if (setup == "mode 000") {
             QVERIFY(QFile::setPermissions(at("src/a.txt"), {}));
-        } else if (setup == "long") {
-            QString deep = at("src");
-            for (int level = 0; deep.size() < 4000; ++level)
-                deep += '/' + QString(200, QChar('a' + level % 26));
-            QVERIFY(QDir().mkpath(deep));
-            QVERIFY(writeFile(deep + "/long.txt", "L"));
-            const QString dest = at("dst/") + QString(250, 'x') + '/' + QString(250, 'y');
-            QVERIFY(writeFile(at("job.spc"), specText(at("src"), "*.txt", {dest})));
         }
         QString program = QStringLiteral(ONDREL_STAGE);
         if (::geteuid() == 0) {

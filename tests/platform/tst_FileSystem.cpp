@@ -1,3 +1,4 @@
+#include "platform/FileCopier.h"
 #include "platform/FileSystem.h"
 
 #include <QTemporaryDir>
@@ -250,8 +251,10 @@ private Q_SLOTS:
         QFETCH(QString, masks);
         QFETCH(Names, expected);
         QFETCH(int, error);
-        for (const char* name : {"b.txt", "A.txt", "c.TXT", "README", ".profile", "\xc3\xb1.txt",
-                                 "bad\xff.txt", "data.tar.gz", ".ondrel~b.txt~123~abcdEFGH"})
+        for (const QByteArray& name :
+             {QByteArray("b.txt"), QByteArray("A.txt"), QByteArray("c.TXT"), QByteArray("README"),
+              QByteArray(".profile"), QByteArray("\xc3\xb1.txt"), QByteArray("bad\xff.txt"),
+              QByteArray("data.tar.gz"), FileCopier::temporaryName("b.txt", 123)})
             QVERIFY(writeFile(at(name), name));
         QVERIFY(::symlink("b.txt", at("link.txt")) == 0);
         QVERIFY(::symlink("none.txt", at("dangling.txt")) == 0);
@@ -406,14 +409,18 @@ private Q_SLOTS:
         if (child == 0)
             ::_exit(0);
         QVERIFY(child > 0 && ::waitpid(child, nullptr, 0) == child);
-        const QByteArray dead = ".ondrel~a.txt~" + QByteArray::number(child) + "~abcdEFGH";
-        const QByteArray live = ".ondrel~a.txt~" + QByteArray::number(::getpid()) + "~abcdEFGH";
+        const QByteArray dead = FileCopier::temporaryName("a.txt", child);
+        const QByteArray live = FileCopier::temporaryName("a.txt", ::getpid());
         const QByteArray wholeFile = ".ondrel~a.txt~Ab12Cd"; // WholeFile's own, no process id
-        for (const QByteArray& name : {dead, live, wholeFile, QByteArray("a.txt")})
+        // A user's file that merely looks like a temporary of a process that is gone.
+        QByteArray lookalike = dead;
+        lookalike[lookalike.size() - 1] = lookalike.back() == 'A' ? 'B' : 'A';
+        for (const QByteArray& name : {dead, live, wholeFile, lookalike, QByteArray("a.txt")})
             QVERIFY(writeFile(at(name), "x"));
         QVERIFY(FileSystem::isTemporaryName(dead) && !FileSystem::isTemporaryName(wholeFile));
         FileSystem::removeStaleTemporaries(m_root);
-        const std::map<QByteArray, QByteArray> kept{{live, "x"}, {wholeFile, "x"}, {"a.txt", "x"}};
+        const std::map<QByteArray, QByteArray> kept{
+            {live, "x"}, {wholeFile, "x"}, {lookalike, "x"}, {"a.txt", "x"}};
         QVERIFY(snapshot(m_root) == kept);
     }
 

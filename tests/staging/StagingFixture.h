@@ -73,6 +73,31 @@ public:
     }
 };
 
+// The real disk, with hooks where a user or another program could act while the run works.
+class HookedDiskOps : public DiskFileOps {
+public:
+    // Before each copy, once the run has decided on it.
+    std::function<void(const QByteArray& source, const QByteArray& destination)> onCopy;
+    // Before the copies of a move are synced, that is before its deletions.
+    std::function<void()> onSync;
+    // The devices whose sync is reported as failed, besides those that really failed.
+    std::vector<dev_t> failingDevices;
+
+    Result<CopiedFile> copyFile(const QByteArray& source, const QByteArray& destination,
+                                DestinationHint hint, const CopyControl& control) override {
+        if (onCopy)
+            onCopy(source, destination);
+        return DiskFileOps::copyFile(source, destination, hint, control);
+    }
+    std::vector<dev_t> syncFileSystems(const std::vector<QByteArray>& paths) override {
+        if (onSync)
+            onSync();
+        std::vector<dev_t> failed = DiskFileOps::syncFileSystems(paths);
+        failed.insert(failed.end(), failingDevices.cbegin(), failingDevices.cend());
+        return failed;
+    }
+};
+
 // A scratch directory with a source tree, destinations, a spec, settings and a log.
 class StagingFixture {
 public:
@@ -82,7 +107,7 @@ public:
     clsSpecFile spec;
     QStringList various{QString()};
     ScriptedHost host;
-    DiskFileOps ops;
+    HookedDiskOps ops;
     StagingLog log;
     std::unique_ptr<StagingRun> run;
 

@@ -1,6 +1,7 @@
 #include "staging/frmStage.h"
 #include "staging/frmStageInfo.h"
 
+#include "StagingFixture.h"
 #include "app/ScreenMetrics.h"
 #include "app/clsOndrelApp.h"
 #include "platform/ScriptedMsgBox.h"
@@ -32,18 +33,6 @@ namespace {
 
 const FixedScreen kScreen(9600, 7200);
 
-// The real disk, with a hook into each copy: what a user could do while the run works.
-class HookedDiskOps : public DiskFileOps {
-public:
-    std::function<void()> onCopy;
-    Result<CopiedFile> copyFile(const QByteArray& source, const QByteArray& destination,
-                                DestinationHint hint) override {
-        if (onCopy)
-            onCopy();
-        return DiskFileOps::copyFile(source, destination, hint);
-    }
-};
-
 // One source directory with two files, staged by "*.*" to one destination.
 struct Job {
     QTemporaryDir root;
@@ -52,7 +41,7 @@ struct Job {
     clsOndrelApp settings{kScreen, root.path()};
     clsSpecFile spec;
     QStringList various{QString()};
-    HookedDiskOps ops;
+    test::HookedDiskOps ops;
     ScriptedMsgBox boxes;
 
     Job() {
@@ -275,7 +264,7 @@ private Q_SLOTS:
         auto* cancel = stage.findChild<QPushButton*>(QStringLiteral("cmdCancel"));
         QCOMPARE(cancel->text(), QStringLiteral("Cancel"));
         bool stayedOpen = true;
-        job.ops.onCopy = [&] {
+        job.ops.onCopy = [&](const QByteArray&, const QByteArray&) {
             if (action == "cancel")
                 QTest::mouseClick(cancel, Qt::LeftButton);
             else if (action == "close")
