@@ -146,6 +146,16 @@ void RunCompletion::deleteSources() {
             const auto copied = state.copiedSources.constFind(path);
             deletedBefore = copied != state.copiedSources.cend() &&
                             deleted.contains({copied->source.device, copied->source.inode});
+            if (now.error().number() == ErrNo::PathFileAccess) {
+                // A directory on its way was swapped for a link since the walk: what the path
+                // leads to now is not what was copied.
+                --state.DeletedCount;
+                kept.insert(path);
+                state.UndeletedFiles += shown + kCrLf;
+                m_run.logError(shown + QStringLiteral(" is reached through a link to a directory "
+                                                      "now; it was not deleted."));
+                continue;
+            }
             if (!deletedBefore)
                 removed = now.error();
         }

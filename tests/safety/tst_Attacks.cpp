@@ -1,0 +1,266 @@
+// Another user of the machine, or another program, acting on a job's trees while a run works on
+// them: links planted and swapped, files rewritten and appearing, a disk that fails to write, a
+// run stopped in the middle. Each case acts at one exact moment through the run's own hooks, and
+// checks what is left on disk: nothing lost, nothing written, deleted or revealed outside the
+// job's paths.
+
+#include "../staging/StagingFixture.h"
+
+#include <QtTest>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace ondrel;
+using namespace ondrel::test;
+
+namespace {
+
+QByteArray native(const QString& path) {
+    return QFile::encodeName(path);
+}
+
+struct stat statOf(const QString& path) {
+    struct stat st {};
+    ::lstat(native(path).constData(), &st);
+    return st;
+}
+
+// Rewrites a file in place with other bytes of the same length, keeping its time to the second.
+void rewriteInPlace(StagingFixture& f, const QString& relative) {
+    const struct stat before = statOf(f.path(relative));
+    QFile file(f.path(relative));
+    if (!file.open(QIODevice::ReadWrite))
+        qFatal("cannot rewrite");
+    QByteArray content = file.readAll();
+    content.fill('X');
+    file.seek(0);
+    file.write(content);
+    file.close();
+    const struct timespec times[2] = {before.st_atim, {before.st_mtim.tv_sec, 999999999}};
+    ::utimensat(AT_FDCWD, native(f.path(relative)).constData(), times, 0);
+}
+
+} // namespace
+
+class tst_Attacks : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    // A move keeps every source it cannot vouch for at the moment of deletion, and says so.
+    void moveKeepsWhatItCannotVouchFor_data() {
+        QTest::addColumn<QString>("attack");
+        QTest::addColumn<QString>("why");
+        QTest::newRow("the copies' disk failed to write them")
+            << "sync fails"
+            << "which the disk failed to write; it was not deleted.";
+        QTest::newRow("source rewritten within the same second")
+            << "rewrite"
+            << "changed after it was copied; it was not deleted.";
+        QTest::newRow("source replaced by another file of the same size and time")
+            << "replace"
+            << "changed after it was copied; it was not deleted.";
+        QTest::newRow("source directory swapped for a link to another one")
+            << "swap directory"
+            << "is reached through a link to a directory now; it was not deleted.";
+    }
+    void moveKeepsWhatItCannotVouchFor() {
+        QFETCH(QString, attack);
+        QFETCH(QString, why);
+        StagingFixture f;
+        f.file("src/sub/a.txt", "mine");
+        f.file("victim/a.txt", "VICT", 1000000);
+        f.group("src", "*.*", {"dst"}, true);
+        f.settings.setDelSource(true);
+        f.settings.setShowErrMsgs(false);
+        f.ops.onSync = [&] {
+            if (attack == "sync fails") {
+                f.ops.failingDevices.push_back(statOf(f.path("dst/sub/a.txt")).st_dev);
+            } else if (attack == "rewrite") {
+                rewriteInPlace(f, "src/sub/a.txt");
+            } else if (attack == "replace") {
+                f.file("src/sub/new", "mine", 1000000);
+                ::rename(native(f.path("src/sub/new")).constData(),
+                         native(f.path("src/sub/a.txt")).constData());
+            } else {
+                QFile::rename(f.path("src/sub"), f.path("src/moved"));
+                QFile::link(f.path("victim"), f.path("src/sub"));
+            }
+        };
+        const QString log = f.stage().join('\n');
+        QVERIFY2(log.contains(why), qPrintable(log));
+        QCOMPARE(f.run->state().DeletedCount, 0);
+        QVERIFY(f.run->state().errorReported || attack == "rewrite" || attack == "replace");
+        QCOMPARE(f.read("victim/a.txt"), QByteArray("VICT"));
+        QCOMPARE(f.read(attack == "swap directory" ? "src/moved/a.txt" : "src/sub/a.txt").size(),
+                 4);
+        QVERIFY(f.host.summaryText.contains("They were not deleted from their source"));
+    }
+
+    // Below a destination path no link to a directory is followed, whether it was planted
+    // before the run or the run's own directories were swapped for one; the destination path
+    // itself, as the user wrote it, may be a link.
+    void destinationLinks_data() {
+        QTest::addColumn<QString>("dest");
+        QTest::addColumn<bool>("refused");
+        QTest::newRow("a link below the destination path") << "dst" << true;
+        QTest::newRow("a link in the destination path as written") << "dst/sub" << false;
+    }
+    void destinationLinks() {
+        QFETCH(QString, dest);
+        QFETCH(bool, refused);
+        StagingFixture f;
+        f.file("src/sub/passwd", "attacker's");
+        f.file("victim/passwd", "root:x:0:0");
+        QDir().mkpath(f.path("dst"));
+        QFile::link(f.path("victim"), f.path("dst/sub"));
+        f.group("src", "*.*", {dest}, true);
+        f.settings.setOverwrite(2);
+        f.settings.setShowErrMsgs(false);
+        const QString log = f.stage().join('\n');
+        QCOMPARE(f.read("victim/passwd"), QByteArray("root:x:0:0"));
+        QCOMPARE(f.read("victim/sub/passwd"), refused ? "<missing>" : "attacker's");
+        QCOMPARE(log.contains("***Error 75, Path/File access error (a symbolic link"), refused);
+        QCOMPARE(f.run->state().ProblemFiles.contains("passwd"), refused);
+        QVERIFY(S_ISLNK(statOf(f.path("dst/sub")).st_mode));
+    }
+
+    // A source directory swapped for a link after it was listed and before it is walked: the
+    // walk does not go where the link leads, so a move takes nothing from there.
+    void sourceDirectorySwappedDuringTheWalk() {
+        StagingFixture f;
+        f.file("src/sub/a.txt", "A");
+        f.file("victim/important.conf", "keep me");
+        f.group("src", "*.*", {"dst"}, true);
+        f.settings.setDelSource(true);
+        f.settings.setShowErrMsgs(false);
+        f.host.onYield = [&] {
+            if (f.host.yields == 2) { // the walk has listed src and is about to enter sub
+                QFile::rename(f.path("src/sub"), f.path("src/moved"));
+                QFile::link(f.path("victim"), f.path("src/sub"));
+            }
+        };
+        f.stage();
+        QCOMPARE(f.read("victim/important.conf"), QByteArray("keep me"));
+        QVERIFY(!f.exists("dst/sub/important.conf"));
+        QCOMPARE(f.read("src/moved/a.txt"), QByteArray("A"));
+        QVERIFY(f.run->state().errorReported);
+    }
+
+    // A file that appears at a missing destination while the copy is written is judged by the
+    // overwrite rule when the copy comes to take its name, never silently replaced.
+    void fileAppearsWhileCopied_data() {
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<QByteArray>("left");
+        QTest::addColumn<QString>("logged");
+        QTest::newRow("Never") << 3 << QByteArray("theirs") << "appeared while it was being copied";
+        QTest::newRow("If Older, a newer file appears")
+            << 0 << QByteArray("theirs") << "appeared while it was being copied";
+        QTest::newRow("Prompt, answered No") << 1 << QByteArray("theirs") << ">>>Ignoring file";
+        QTest::newRow("Always") << 2 << QByteArray("ours") << "Copying ";
+    }
+    void fileAppearsWhileCopied() {
+        QFETCH(int, mode);
+        QFETCH(QByteArray, left);
+        QFETCH(QString, logged);
+        StagingFixture f;
+        f.file("src/a.txt", "ours", 1000000);
+        f.group("src", "*.*", {"dst"});
+        f.settings.setOverwrite(qint16(mode));
+        f.host.answers = {MsgAnswer::No};
+        f.ops.onCopy = [&](const QByteArray&, const QByteArray&) {
+            f.file("dst/a.txt", "theirs", 2000000);
+        };
+        const QString log = f.stage().join('\n');
+        QCOMPARE(f.read("dst/a.txt"), left);
+        QVERIFY2(log.contains(logged), qPrintable(log));
+        QCOMPARE(f.run->state().CopiedCount, left == "ours" ? 1 : 0);
+        QCOMPARE(f.host.titles(),
+                 mode == 1 ? QStringList{"Overwrite Existing File?"} : QStringList{});
+    }
+
+    // Cancel (and Ctrl-C, which sets the same flag) stops a large copy between its chunks, and
+    // the deletions of a move at the next file.
+    void cancel_data() {
+        QTest::addColumn<QString>("when");
+        QTest::newRow("during a large copy") << "copy";
+        QTest::newRow("during the deletions") << "deletions";
+    }
+    void cancel() {
+        QFETCH(QString, when);
+        StagingFixture f;
+        if (when == "copy")
+            f.file("src/big.bin", QByteArray(20 << 20, 'b'));
+        else
+            for (const char* name : {"a.txt", "b.txt", "c.txt"})
+                f.file(QStringLiteral("src/") + name, name);
+        f.group("src", "*.*", {"dst"});
+        f.settings.setDelSource(true);
+        bool armed = false;
+        int yieldsSinceArmed = 0;
+        f.ops.onCopy = [&](const QByteArray&, const QByteArray&) { armed = when == "copy"; };
+        f.ops.onSync = [&] { armed = true; };
+        f.host.onYield = [&] {
+            if (armed && ++yieldsSinceArmed == 2)
+                f.run->Cancel();
+        };
+        f.stage();
+        const RunState& state = f.run->state();
+        QVERIFY(state.Cancelled);
+        if (when == "copy") {
+            QCOMPARE(QDir(f.path("dst")).entryList(QDir::Files | QDir::Hidden), QStringList{});
+            QCOMPARE(f.read("src/big.bin").size(), 20 << 20);
+            return;
+        }
+        QCOMPARE(state.DeletedCount, 1);
+        QCOMPARE(QDir(f.path("src")).entryList(QDir::Files).size(), 2);
+        QCOMPARE(state.UndeletedFiles.count("\r\n"), 2);
+        QVERIFY(f.host.summaryText.contains("# of Files Deleted:\t1"));
+        QVERIFY(!f.host.summaryText.contains("No files were deleted"));
+    }
+
+    // As root: a link to a file is followed only if its owner owns the file too (or runs the
+    // job); a move keeps each file's owner, as mv does, and a copy belongs to root, as with cp.
+    void owners_data() {
+        QTest::addColumn<QString>("source");
+        QTest::addColumn<bool>("move");
+        QTest::addColumn<int>("owner"); // of the copy; -1: no copy
+        QTest::newRow("another user's link to root's file") << "link" << false << -1;
+        QTest::newRow("root's own link to that file") << "own link" << false << 0;
+        QTest::newRow("another user's file, moved") << "file" << true << 65534;
+        QTest::newRow("another user's file, copied") << "file" << false << 0;
+    }
+    void owners() {
+        if (::geteuid() != 0)
+            QSKIP("needs root");
+        QFETCH(QString, source);
+        QFETCH(bool, move);
+        QFETCH(int, owner);
+        StagingFixture f;
+        f.file("secret", "root only");
+        ::chmod(native(f.path("secret")).constData(), 0600);
+        QDir().mkpath(f.path("src"));
+        if (source == "file") {
+            f.file("src/a.txt", "theirs");
+            ::chmod(native(f.path("src/a.txt")).constData(), 0600);
+            QCOMPARE(::chown(native(f.path("src/a.txt")).constData(), 65534, 65534), 0);
+        } else {
+            QVERIFY(QFile::link(f.path("secret"), f.path("src/a.txt")));
+            if (source == "link")
+                QCOMPARE(::lchown(native(f.path("src/a.txt")).constData(), 65534, 65534), 0);
+        }
+        f.group("src", "*.*", {"dst"});
+        f.settings.setDelSource(move);
+        f.settings.setShowErrMsgs(false);
+        f.stage();
+        QCOMPARE(f.exists("dst/a.txt"), owner >= 0);
+        if (owner >= 0)
+            QCOMPARE(int(statOf(f.path("dst/a.txt")).st_uid), owner);
+        QCOMPARE(f.run->state().ProblemFiles.contains("a.txt"), owner < 0);
+        QCOMPARE(f.read("secret"), QByteArray("root only"));
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_Attacks)
+#include "tst_Attacks.moc"
