@@ -3,6 +3,7 @@
 #include "app/Module1.h"
 #include "app/clsOndrelApp.h"
 #include "platform/NativePath.h"
+#include "platform/NativeText.h"
 #include "platform/Volumes.h"
 #include "spec/clsFileGroup.h"
 #include "staging/StagingFileOps.h"
@@ -381,7 +382,7 @@ FileStager::Next FileStager::handleError(const Error& error, Call& call) {
         message =
             QStringLiteral("Source Path ") +
             (call.Task == QLatin1String("CheckVarSP") ? FileSystem::displayPath(call.sourceDir)
-                                                      : state.CurSourcePath) +
+                                                      : NativeText::display(state.CurSourcePath)) +
             QStringLiteral(" does not exist.");
         title = QStringLiteral("Source Path Not Found");
         buttons = MsgButtons::OKCancel;

@@ -5,6 +5,7 @@
 #include "platform/Convert.h"
 #include "platform/DirectoryHandles.h"
 #include "platform/FileSystem.h"
+#include "platform/NativeText.h"
 #include "platform/Volumes.h"
 #include "staging/DirWalker.h"
 #include "staging/RunCompletion.h"
@@ -48,8 +49,9 @@ bool StagingRun::showErrMsgs() const {
 }
 
 void StagingRun::log(const QString& line) {
+    // The tabs are the log's own: they line up its values.
     if (m_log)
-        (void)m_log->writeLine(line);
+        (void)m_log->writeLine(NativeText::display(line, NativeText::Tabs::Kept));
 }
 
 void StagingRun::logError(const QString& text) {

@@ -50,7 +50,8 @@ private:
     friend class FileStager;
     friend class RunCompletion;
 
-    // Writes one line to the log when the run has one.
+    // Writes one line to the log when the run has one, with whatever it quotes shown as
+    // NativeText::display shows it (a record is one line whatever a name holds).
     void log(const QString& line);
     bool logging() const { return m_log != nullptr; }
     // An error line: "***" + text in the log; the run has then reported an error, whether or
