@@ -49,9 +49,34 @@ bool StagingRun::showErrMsgs() const {
 }
 
 void StagingRun::log(const QString& line) {
+    if (!logging())
+        return;
     // The tabs are the log's own: they line up its values.
-    if (m_log)
-        (void)m_log->writeLine(NativeText::display(line, NativeText::Tabs::Kept));
+    const Result<void> written =
+        m_log->writeLine(NativeText::display(line, NativeText::Tabs::Kept));
+    if (!written.ok())
+        logFailed(written.error());
+}
+
+void StagingRun::closeLog() {
+    if (!m_log)
+        return;
+    const Result<void> closed = m_log->close();
+    if (!closed.ok())
+        logFailed(closed.error());
+    m_log = nullptr;
+}
+
+void StagingRun::logFailed(const Error& error) {
+    if (m_logFailed)
+        return;
+    m_logFailed = true;
+    m_state.errorReported = true;
+    // Asked whatever ShowErrMsgs says: the log cannot tell it, so nothing else would.
+    m_host.ask(QStringLiteral("Unable to write the staging log ") +
+                   NativeText::display(m_log->fileName()) + QStringLiteral(".  ") +
+                   error.description(),
+               MsgButtons::OK, MsgIcon::Exclamation, QStringLiteral("Staging Log Error"));
 }
 
 void StagingRun::logError(const QString& text) {

@@ -51,9 +51,13 @@ private:
     friend class RunCompletion;
 
     // Writes one line to the log when the run has one, with whatever it quotes shown as
-    // NativeText::display shows it (a record is one line whatever a name holds).
+    // NativeText::display shows it (a record is one line whatever a name holds). The first
+    // write that fails is an error of the run, told to the user once; the log then takes no
+    // more lines.
     void log(const QString& line);
-    bool logging() const { return m_log != nullptr; }
+    bool logging() const { return m_log != nullptr && !m_logFailed; }
+    // Writes what is left and closes the log; a failure there is told as one while writing.
+    void closeLog();
     // An error line: "***" + text in the log; the run has then reported an error, whether or
     // not it has a log.
     void logError(const QString& text);
@@ -67,6 +71,7 @@ private:
                   const QString& title);
     bool showErrMsgs() const;
     void addProblemFile(const QByteArray& path);
+    void logFailed(const Error& error);
 
     const clsSpecFile& m_spec;
     const clsOndrelApp& m_settings;
@@ -74,6 +79,7 @@ private:
     StagingHost& m_host;
     StagingFileOps& m_ops;
     StagingLog* m_log;
+    bool m_logFailed = false;
     QString m_programDirectory;
     RunState m_state;
     QString m_summaryTitle;

@@ -8,9 +8,11 @@
 
 #include <csignal>
 #include <fcntl.h>
+#include <functional>
 #include <memory>
 #include <poll.h>
 #include <pty.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -61,12 +63,16 @@ class tst_ondrelStage : public QObject {
 
     QString at(const QString& relative) const { return m_dir->filePath(relative); }
 
-    // %T in an argument stands for the test's directory.
+    // %T in an argument stands for the test's directory. inChild runs in the child before the
+    // program starts.
     Outcome stage(QStringList args, const QString& workDir = {},
-                  const QString& program = QStringLiteral(ONDREL_STAGE)) {
+                  const QString& program = QStringLiteral(ONDREL_STAGE),
+                  const std::function<void()>& inChild = {}) {
         for (QString& arg : args)
             arg.replace(QStringLiteral("%T"), m_dir->path());
         QProcess process;
+        if (inChild)
+            process.setChildProcessModifier(inChild);
         process.setWorkingDirectory(workDir.isEmpty() ? m_dir->path() : workDir);
         process.start(program, args);
         process.closeWriteChannel();
@@ -206,6 +212,44 @@ private Q_SLOTS:
         QCOMPARE(r.code, 0);
         for (const QString& candidate : QStringList{"named.log", "work/Staging.log", "Staging.log"})
             QCOMPARE(QFileInfo::exists(at(candidate)), candidate == log);
+    }
+
+    // A log that cannot be written (a file-size limit stands in for a full disk) is an error of
+    // the run, said once; the staging goes on, and the log holds whole lines only.
+    void logWriteFailure_data() {
+        QTest::addColumn<int>("files");    // more than the three of the tree
+        QTest::addColumn<int>("limit");    // bytes the log may take
+        QTest::addColumn<QString>("also"); // another message in standard error
+        QTest::newRow("while staging") << 800 << 8192 << QString();
+        QTest::newRow("at the end") << 0 << 600 << QString();
+        QTest::newRow("in the header") << 0 << 100 << "Form_Load Error: Error 61 occurred.";
+    }
+
+    void logWriteFailure() {
+        QFETCH(int, files);
+        QFETCH(int, limit);
+        QFETCH(QString, also);
+        makeTree({});
+        for (int i = 0; i < files; ++i)
+            QVERIFY(writeFile(at("src/many/f" + QString::number(i) + ".txt"), "x"));
+        const Outcome r =
+            stage({"--batch", "--options", "%T/job.opt", "--log", "%T/run.log", "%T/job.spc"}, {},
+                  ONDREL_STAGE, [limit] {
+                      const rlimit size{rlim_t(limit), rlim_t(limit)};
+                      ::setrlimit(RLIMIT_FSIZE, &size);
+                      std::signal(SIGXFSZ, SIG_IGN);
+                  });
+        QCOMPARE(r.code, 1);
+        QCOMPARE(r.err.count("Staging Log Error: Unable to write the staging log " + at("run.log") +
+                             ".  Disk full\n"),
+                 1);
+        QVERIFY2(r.err.contains(also), qPrintable(r.err));
+        QCOMPARE(readFile(at("dst/sub/deeper/c.txt")), QByteArray("C"));
+        if (files)
+            QCOMPARE(readFile(at("dst/many/f" + QString::number(files - 1) + ".txt")), "x");
+        const QByteArray log = readFile(at("run.log"));
+        QVERIFY(log.size() <= limit);
+        QVERIFY2(log.isEmpty() || log.endsWith("\r\n"), log.right(200).constData());
     }
 
     // With no --options the options file beside the program is read.
