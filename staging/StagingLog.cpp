@@ -6,7 +6,9 @@
 #include <QFileInfo>
 
 #include <cerrno>
+#include <climits>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace ondrel {
@@ -15,6 +17,50 @@ namespace {
 
 constexpr qsizetype kBufferSize = 64 * 1024;
 const QString kSource = QStringLiteral("StagingLog");
+// As many links as the system itself follows in one path.
+constexpr int kMaxLinks = 40;
+
+QByteArray directoryOf(const QByteArray& path) {
+    const qsizetype slash = path.lastIndexOf('/');
+    if (slash < 0)
+        return QByteArrayLiteral(".");
+    return slash == 0 ? QByteArrayLiteral("/") : path.left(slash);
+}
+
+// The target of the link at path, if the link belongs to the user running the job. Read from
+// the link that was looked at, not from whatever holds its name a moment later.
+Result<QByteArray> ownLinkTarget(const QByteArray& path) {
+    struct stat status {};
+    char target[PATH_MAX];
+#ifdef O_PATH
+    const int link = ::open(path.constData(), O_PATH | O_NOFOLLOW | O_CLOEXEC);
+    if (link < 0)
+        return Error::fromErrno(errno, QFile::decodeName(path), kSource);
+    ssize_t length = -1;
+    if (::fstat(link, &status) == 0 && S_ISLNK(status.st_mode) && status.st_uid == ::geteuid())
+        length = ::readlinkat(link, "", target, sizeof target);
+    const int readError = errno;
+    ::close(link);
+#else
+    if (::lstat(path.constData(), &status) != 0)
+        return Error::fromErrno(errno, QFile::decodeName(path), kSource);
+    ssize_t length = -1;
+    if (S_ISLNK(status.st_mode) && status.st_uid == ::geteuid())
+        length = ::readlink(path.constData(), target, sizeof target);
+    const int readError = errno;
+#endif
+    if (!S_ISLNK(status.st_mode))
+        return Error::fromErrno(ELOOP, {}, kSource);
+    if (status.st_uid != ::geteuid())
+        return Error(
+            ErrNo::PermissionDenied,
+            QStringLiteral("Permission denied (the log is a symbolic link owned by another user)"),
+            kSource);
+    if (length < 0 || length == ssize_t(sizeof target))
+        return Error::fromErrno(length < 0 ? readError : ENAMETOOLONG, {}, kSource);
+    const QByteArray to(target, length);
+    return to.startsWith('/') ? to : directoryOf(path) + '/' + to;
+}
 
 } // namespace
 
@@ -26,10 +72,26 @@ Result<void> StagingLog::open(const QString& fileName) {
     (void)close();
     m_failure.reset();
     m_written = 0;
-    const QByteArray path = QFile::encodeName(fileName);
-    const int fd = ::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-    if (fd < 0)
-        return Error::fromErrno(errno, fileName, kSource);
+    QByteArray path = QFile::encodeName(fileName);
+    int fd = -1;
+    for (int links = 0; fd < 0; ++links) {
+        // Opened without emptying it: only once it is known what was opened is it emptied.
+        fd = ::open(path.constData(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0666);
+        if (fd >= 0)
+            break;
+        if (errno != ELOOP || links == kMaxLinks)
+            return Error::fromErrno(errno, QFile::decodeName(path), kSource);
+        Result<QByteArray> target = ownLinkTarget(path);
+        if (!target.ok())
+            return target.error();
+        path = std::move(target).value();
+    }
+    struct stat status {};
+    if (::fstat(fd, &status) == 0 && S_ISREG(status.st_mode) && ::ftruncate(fd, 0) != 0) {
+        const int e = errno;
+        ::close(fd);
+        return Error::fromErrno(e, fileName, kSource);
+    }
     m_fd = fd;
     m_fileName = QDir::cleanPath(QFileInfo(fileName).absoluteFilePath());
     m_buffer.reserve(kBufferSize);

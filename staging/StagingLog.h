@@ -21,7 +21,9 @@ public:
     StagingLog(const StagingLog&) = delete;
     StagingLog& operator=(const StagingLog&) = delete;
 
-    // Creates the file, or empties an existing one.
+    // Creates the file, or empties an existing one. A symbolic link is followed only when it
+    // belongs to the user running the job (each link of a chain): a link someone else planted
+    // where the log goes would otherwise have the job empty and overwrite the file it points to.
     Result<void> open(const QString& fileName);
     bool isOpen() const { return m_fd >= 0; }
     // The log's full path, for messages about it.

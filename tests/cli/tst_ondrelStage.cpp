@@ -252,6 +252,37 @@ private Q_SLOTS:
         QVERIFY2(log.isEmpty() || log.endsWith("\r\n"), log.right(200).constData());
     }
 
+    // A log is opened through a symbolic link only when the link is the user's own: one that
+    // another user planted where the log goes would have the job overwrite its target.
+    void logThroughLink_data() {
+        QTest::addColumn<bool>("foreign");
+        QTest::newRow("the user's own link") << false;
+        QTest::newRow("another user's link") << true;
+    }
+
+    void logThroughLink() {
+        QFETCH(bool, foreign);
+        if (foreign && ::geteuid() != 0)
+            QSKIP("needs root to give the link to another user");
+        makeTree({{"CreateLog", "True"}});
+        QVERIFY(writeFile(at("target"), "precious"));
+        const QByteArray link = QFile::encodeName(at("Staging.log"));
+        QCOMPARE(::symlink("target", link.constData()), 0);
+        if (foreign)
+            QCOMPARE(::lchown(link.constData(), 65534, 65534), 0);
+        const Outcome r = stage({"--batch", "--options", "%T/job.opt", "%T/job.spc"});
+        QCOMPARE(r.code, foreign ? 64 : 0);
+        if (foreign) {
+            QVERIFY2(r.err.contains("cannot open the log file Staging.log: Permission denied (the "
+                                    "log is a symbolic link owned by another user)"),
+                     qPrintable(r.err));
+            QCOMPARE(readFile(at("target")), QByteArray("precious"));
+            QVERIFY(!QFileInfo::exists(at("dst")));
+        } else {
+            QVERIFY(readFile(at("target")).startsWith("Staging started:  "));
+        }
+    }
+
     // With no --options the options file beside the program is read.
     void optionsFileBesideProgram() {
         makeTree({});
