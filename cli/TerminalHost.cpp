@@ -143,6 +143,17 @@ void TerminalHost::printLine(const QString& line) {
     put(stdout, terminalText(line) + u'\n');
 }
 
+void TerminalHost::reportFailure(const QString& text, const QByteArray& path) {
+    clearProgress();
+    std::fflush(stdout);
+    const QString shownPath = path.isEmpty() ? QString() : FileSystem::displayPath(path);
+    put(stderr, QStringLiteral("ondrel-stage: ") + terminalText(text) +
+                    (shownPath.isEmpty() || text.contains(shownPath)
+                         ? QString()
+                         : QStringLiteral("  path: ") + shownPath) +
+                    u'\n');
+}
+
 MsgAnswer TerminalHost::ask(const QString& prompt, MsgButtons buttons, MsgIcon icon,
                             const QString& title) {
     return askAbout({}, prompt, buttons, icon, title);

@@ -45,6 +45,9 @@ public:
     // The question as ask() puts it, followed by a line naming the path it concerns.
     MsgAnswer askAbout(const QByteArray& path, const QString& prompt, MsgButtons buttons,
                        MsgIcon icon, const QString& title) override;
+    // One line on standard error, whatever the options say: the text of the log's error line,
+    // and the path when the text does not name it already.
+    void reportFailure(const QString& text, const QByteArray& path) override;
     void showSourcePath(const QString& text) override { (void)text; }
     void showFileGroup(const QString& text) override { (void)text; }
     void showDirectory(const QString& text) override;

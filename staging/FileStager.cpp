@@ -394,7 +394,7 @@ FileStager::Next FileStager::handleError(const Error& error, Call& call) {
         return Next::NextDestination;
     }
 
-    m_run.logError(message);
+    m_run.logError(message, call.concerned(error));
     MsgAnswer answer = buttons == MsgButtons::OKCancel ? MsgAnswer::OK : MsgAnswer::Ignore;
     if (m_run.showErrMsgs())
         answer = m_run.ask(call.concerned(error), boxText.isEmpty() ? message : boxText, buttons,

@@ -79,9 +79,10 @@ void StagingRun::logFailed(const Error& error) {
                MsgButtons::OK, MsgIcon::Exclamation, QStringLiteral("Staging Log Error"));
 }
 
-void StagingRun::logError(const QString& text) {
+void StagingRun::logError(const QString& text, const QByteArray& path) {
     m_state.errorReported = true;
     log(QStringLiteral("***") + text);
+    m_host.reportFailure(NativeText::display(text), path);
 }
 
 MsgAnswer StagingRun::ask(const QByteArray& path, const QString& prompt, MsgButtons buttons,
@@ -94,7 +95,8 @@ MsgAnswer StagingRun::ask(const QByteArray& path, const QString& prompt, MsgButt
 MsgAnswer StagingRun::reportError(const Error& error, const QString& stage, const QString& routine,
                                   MsgButtons buttons, const QByteArray& path) {
     logError(QStringLiteral("Error ") + QString::number(error.number()) + QStringLiteral(", ") +
-             error.description() + stage);
+                 error.description() + stage,
+             path);
     if (!showErrMsgs())
         return MsgAnswer::OK;
     return ask(path, ErrorReportText(error), buttons, MsgIcon::None,

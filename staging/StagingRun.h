@@ -58,9 +58,10 @@ private:
     bool logging() const { return m_log != nullptr && !m_logFailed; }
     // Writes what is left and closes the log; a failure there is told as one while writing.
     void closeLog();
-    // An error line: "***" + text in the log; the run has then reported an error, whether or
-    // not it has a log.
-    void logError(const QString& text);
+    // An error line: "***" + text in the log, and the failure told to the host about path
+    // (native) when it concerns one; the run has then reported an error, whether or not it has
+    // a log.
+    void logError(const QString& text, const QByteArray& path = {});
     // The shared failure report: "***Error N, description" + stage in the log, and the standard
     // error box titled routine + " Error" when ShowErrMsgs is on, about path (native) when it
     // concerns one. Returns the answer (OK when no box was shown).

@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -339,36 +340,49 @@ private Q_SLOTS:
         QCOMPARE(readFile(at("src/a.txt")), QByteArray("A"));
     }
 
-    // Whatever went wrong, the exit status says so, and the terminal names the path the
-    // message is about. A dry run meets the same failures as the run. As root, the stager is run
-    // as user 65534 so that permissions hold.
+    // Whatever went wrong, the exit status says so, and the terminal names the path: after the
+    // message, and on one line per failure whether or not messages are shown. A dry run meets
+    // the same failures as the run. As root, the stager is run as user 65534 so that
+    // permissions hold.
     void failuresEndWithStatusOne_data() {
         QTest::addColumn<QString>("setup");
         QTest::addColumn<bool>("dryRun");
+        QTest::addColumn<bool>("showErrMsgs");
         QTest::addColumn<QString>("message"); // in standard error
-        QTest::addColumn<QString>("path");    // the path line after it
+        QTest::addColumn<QString>("path");    // the path line after it, and in the failure's line
 
         QTest::newRow("missing source path")
-            << "missing" << false << "Source Path Not Found: Source Path %T/none does not exist."
+            << "missing" << false << true
+            << "Source Path Not Found: Source Path %T/none does not exist."
             << "%T/none";
         QTest::newRow("unreadable directory")
-            << "private" << false << "DirWalk Error: Error 70 occurred."
+            << "private" << false << true << "DirWalk Error: Error 70 occurred."
             << "%T/src/private";
-        QTest::newRow("unreadable file") << "mode 000" << false << "File Access Permission Denied"
-                                         << "%T/src/a.txt";
-        QTest::newRow("unreadable file, dry run")
-            << "mode 000" << true << "File Access Permission Denied"
+        QTest::newRow("unreadable directory, no messages")
+            << "private" << false << false
+            << "ondrel-stage: Error 70, Permission denied occurred during the directory search.  "
+               "path: %T/src/private\n"
+            << "%T/src/private";
+        QTest::newRow("unreadable file")
+            << "mode 000" << false << true << "File Access Permission Denied"
             << "%T/src/a.txt";
-        QTest::newRow("path too long") << "long" << false << "StageFile Error: Error 75 occurred."
-                                       << "%T/dst/";
+        QTest::newRow("unreadable file, dry run, no messages")
+            << "mode 000" << true << false
+            << "ondrel-stage: Unable to stage %T/src/a.txt.  The file may be in use by another "
+               "application.\n"
+            << "%T/src/a.txt";
+        QTest::newRow("path too long")
+            << "long" << false << true << "StageFile Error: Error 75 occurred."
+            << "%T/dst/";
     }
 
     void failuresEndWithStatusOne() {
         QFETCH(QString, setup);
         QFETCH(bool, dryRun);
+        QFETCH(bool, showErrMsgs);
         QFETCH(QString, message);
         QFETCH(QString, path);
-        makeTree({});
+        makeTree({{"ShowErrMsgs", showErrMsgs ? "True" : "False"}});
         QStringList args = {"--batch", "--on-error=ignore", "--options", "%T/job.opt",
                             "%T/job.spc"};
         if (dryRun)
@@ -400,8 +414,12 @@ private Q_SLOTS:
         const Outcome r = stage(args, {}, program);
         QVERIFY2(r.code == 1, qPrintable(r.out + r.err));
         QVERIFY2(r.err.contains(message.replace("%T", m_dir->path())), qPrintable(r.err));
-        QVERIFY2(r.err.contains("\n  path: " + path.replace("%T", m_dir->path())),
-                 qPrintable(r.err));
+        path.replace("%T", m_dir->path());
+        QCOMPARE(r.err.contains("\n  path: " + path), showErrMsgs);
+        const QStringList failures =
+            r.err.split('\n').filter(QRegularExpression("^ondrel-stage: "));
+        QCOMPARE(failures.size(), 1);
+        QVERIFY2(failures.first().contains(path), qPrintable(r.err));
         // The rest of the tree is staged all the same.
         if (setup == "private" || setup == "mode 000")
             QCOMPARE(readFile(at("dst/sub/b.txt")), dryRun ? "<missing>" : QByteArray("B"));
