@@ -1,6 +1,7 @@
 #include "cli/TerminalHost.h"
 
 #include "platform/FileSystem.h"
+#include "platform/NativeText.h"
 #include "staging/StagingRun.h"
 
 #include <cerrno>
@@ -94,11 +95,6 @@ MsgAnswer cancelAnswer(MsgButtons buttons) {
     }
 }
 
-// The message boxes' texts break lines with CR LF; the terminal wants LF.
-QString terminalText(QString text) {
-    return text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-}
-
 void put(FILE* stream, const QString& text) {
     std::fputs(text.toUtf8().constData(), stream);
 }
@@ -131,11 +127,31 @@ bool TerminalHost::interrupted() {
     return g_interrupts != 0;
 }
 
+QString TerminalHost::terminalText(const QString& text) {
+    // The message boxes' texts break lines with CR LF; the terminal wants LF. Tabs line up the
+    // summary's values.
+    QStringList lines = text.split(QStringLiteral("\r\n"));
+    for (QString& line : lines)
+        line = NativeText::display(line, NativeText::Tabs::Kept);
+    return lines.join(u'\n');
+}
+
 void TerminalHost::printLine(const QString& line) {
     // Only a line on the same terminal has to make way for the progress line.
     if (m_stdoutIsTerminal)
         clearProgress();
-    put(stdout, line + u'\n');
+    put(stdout, terminalText(line) + u'\n');
+}
+
+void TerminalHost::reportFailure(const QString& text, const QByteArray& path) {
+    clearProgress();
+    std::fflush(stdout);
+    const QString shownPath = path.isEmpty() ? QString() : FileSystem::displayPath(path);
+    put(stderr, QStringLiteral("ondrel-stage: ") + terminalText(text) +
+                    (shownPath.isEmpty() || text.contains(shownPath)
+                         ? QString()
+                         : QStringLiteral("  path: ") + shownPath) +
+                    u'\n');
 }
 
 MsgAnswer TerminalHost::ask(const QString& prompt, MsgButtons buttons, MsgIcon icon,
@@ -297,7 +313,8 @@ void TerminalHost::drawProgress() {
                          (m_currentIsDirectory ? QStringLiteral("searching ") : QString());
     // One character short of the width, so the cursor never wraps to a new line.
     const qsizetype room = terminalWidth() - 1 - head.size();
-    QString current = m_currentIsDirectory ? m_current : FileSystem::displayPath(m_currentFile);
+    QString current = m_currentIsDirectory ? NativeText::display(m_current)
+                                           : FileSystem::displayPath(m_currentFile);
     if (room <= 3)
         current.clear();
     else if (current.size() > room)

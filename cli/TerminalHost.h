@@ -36,11 +36,18 @@ public:
     // A line for standard output, kept apart from the progress line.
     void printLine(const QString& line);
 
+    // A message for the terminal: lines end with LF, and nothing in them (a name from the spec
+    // file or the disk) can start a line of its own or drive the terminal.
+    static QString terminalText(const QString& text);
+
     MsgAnswer ask(const QString& prompt, MsgButtons buttons, MsgIcon icon,
                   const QString& title) override;
     // The question as ask() puts it, followed by a line naming the path it concerns.
     MsgAnswer askAbout(const QByteArray& path, const QString& prompt, MsgButtons buttons,
                        MsgIcon icon, const QString& title) override;
+    // One line on standard error, whatever the options say: the text of the log's error line,
+    // and the path when the text does not name it already.
+    void reportFailure(const QString& text, const QByteArray& path) override;
     void showSourcePath(const QString& text) override { (void)text; }
     void showFileGroup(const QString& text) override { (void)text; }
     void showDirectory(const QString& text) override;

@@ -34,11 +34,10 @@ constexpr int kUsage = 64;
 constexpr int kSpecNotLoaded = 65;
 
 void printError(const QString& text) {
-    std::fputs((QStringLiteral("ondrel-stage: ") + text + u'\n').toUtf8().constData(), stderr);
-}
-
-QString oneLine(QString text) {
-    return text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    std::fputs((QStringLiteral("ondrel-stage: ") + TerminalHost::terminalText(text) + u'\n')
+                   .toUtf8()
+                   .constData(),
+               stderr);
 }
 
 // The staging options: the named options file, or the program's own one when there is none.
@@ -91,7 +90,8 @@ bool loadSpec(clsSpecFile& spec, const QString& fileName) {
     spec.setName(info.fileName());
     spec.setPath(info.absolutePath() + u'/');
     const ScopedMsgBoxHandler toTerminal([](const MsgBoxRequest& request) {
-        std::fputs((request.title + QStringLiteral(": ") + oneLine(request.prompt) + u'\n')
+        std::fputs((request.title + QStringLiteral(": ") +
+                    TerminalHost::terminalText(request.prompt) + u'\n')
                        .toUtf8()
                        .constData(),
                    stderr);

@@ -5,6 +5,7 @@
 #include "platform/DosAttributes.h"
 #include "platform/FileCopier.h"
 #include "platform/FileMask.h"
+#include "platform/NativeText.h"
 #include "platform/PosixFile.h"
 
 #include <algorithm>
@@ -269,96 +270,8 @@ bool FileSystem::isTemporaryName(const QByteArray& name) {
 
 // ----- text -----
 
-namespace {
-
-// The length of the UTF-8 sequence at s (0 when it is not valid UTF-8) and its code point.
-int decodeUtf8(const uchar* s, qsizetype available, char32_t& codePoint) {
-    const uchar lead = s[0];
-    int length;
-    char32_t least;
-    if (lead >= 0xC2 && lead <= 0xDF) {
-        length = 2;
-        codePoint = lead & 0x1F;
-        least = 0x80;
-    } else if (lead >= 0xE0 && lead <= 0xEF) {
-        length = 3;
-        codePoint = lead & 0x0F;
-        least = 0x800;
-    } else if (lead >= 0xF0 && lead <= 0xF4) {
-        length = 4;
-        codePoint = lead & 0x07;
-        least = 0x10000;
-    } else {
-        return 0;
-    }
-    if (available < length)
-        return 0;
-    for (int i = 1; i < length; ++i) {
-        if ((s[i] & 0xC0) != 0x80)
-            return 0;
-        codePoint = codePoint << 6 | (s[i] & 0x3F);
-    }
-    // Overlong forms, surrogates and values beyond Unicode are not UTF-8.
-    if (codePoint < least || codePoint > 0x10FFFF || (codePoint >= 0xD800 && codePoint <= 0xDFFF))
-        return 0;
-    return length;
-}
-
-void appendHexByte(QString& out, uchar byte) {
-    static constexpr char kHex[] = "0123456789ABCDEF";
-    out += QLatin1StringView("\\x");
-    out += QLatin1Char(kHex[byte >> 4]);
-    out += QLatin1Char(kHex[byte & 0xF]);
-}
-
-} // namespace
-
 QString FileSystem::displayPath(const QByteArray& path) {
-    bool printable = true;
-    for (const char c : path)
-        if (uchar(c) < 0x20 || uchar(c) >= 0x7F) {
-            printable = false;
-            break;
-        }
-    if (printable)
-        return QString::fromLatin1(path);
-
-    QString out;
-    out.reserve(path.size() + 8);
-    const auto* bytes = reinterpret_cast<const uchar*>(path.constData());
-    const qsizetype size = path.size();
-    for (qsizetype i = 0; i < size;) {
-        const uchar b = bytes[i];
-        if (b < 0x80) {
-            if (b == '\n')
-                out += QLatin1StringView("\\n");
-            else if (b == '\r')
-                out += QLatin1StringView("\\r");
-            else if (b == '\t')
-                out += QLatin1StringView("\\t");
-            else if (b < 0x20 || b == 0x7F)
-                appendHexByte(out, b);
-            else
-                out += QLatin1Char(char(b));
-            ++i;
-            continue;
-        }
-        char32_t codePoint = 0;
-        const int length = decodeUtf8(bytes + i, size - i, codePoint);
-        if (length == 0) {
-            appendHexByte(out, b);
-            ++i;
-            continue;
-        }
-        if (QChar::requiresSurrogates(codePoint)) {
-            out += QChar(QChar::highSurrogate(codePoint));
-            out += QChar(QChar::lowSurrogate(codePoint));
-        } else {
-            out += QChar(char16_t(codePoint));
-        }
-        i += length;
-    }
-    return out;
+    return NativeText::display(path);
 }
 
 } // namespace ondrel

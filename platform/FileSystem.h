@@ -169,9 +169,9 @@ public:
     // Whether name is one of copyFile's temporary files (the walk never stages them).
     static bool isTemporaryName(const QByteArray& name);
 
-    // A path as the user reads it: UTF-8 text, with bytes that are not valid UTF-8 shown as
-    // \xNN and control characters (line breaks, tabs) as \n, \r, \t or \xNN, so that a name
-    // can never break or forge a line of the log.
+    // A path as the user reads it: its text, with bytes that are not valid UTF-8 as \xNN and
+    // line breaks, controls and bidirectional controls written out (NativeText::display), so
+    // that a name can never break or forge a line of the log.
     static QString displayPath(const QByteArray& path);
 };
 

@@ -50,6 +50,22 @@ bool isEscape(QChar c) {
     return c.unicode() >= kEscapeBase + 0x80 && c.unicode() <= kEscapeBase + 0xFF;
 }
 
+// Characters that display() writes out. Surrogates are looked at more closely: a pair is a
+// character and stays.
+bool isShownEscaped(char16_t c) {
+    return c < 0x20 || (c >= 0x7F && c <= 0x9F) || c == 0x061C || c == 0x200E || c == 0x200F ||
+           (c >= 0x2028 && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069) ||
+           (c >= 0xD800 && c <= 0xDFFF);
+}
+
+void appendHex(QString& out, char prefix, unsigned value, int digits) {
+    static constexpr char kHex[] = "0123456789ABCDEF";
+    out += QLatin1Char('\\');
+    out += QLatin1Char(prefix);
+    for (int shift = (digits - 1) * 4; shift >= 0; shift -= 4)
+        out += QLatin1Char(kHex[(value >> shift) & 0xF]);
+}
+
 } // namespace
 
 QString NativeText::toText(QByteArrayView native) {
@@ -92,6 +108,49 @@ QByteArray NativeText::toNative(QStringView text) {
     }
     native += text.sliced(runStart).toUtf8();
     return native;
+}
+
+QString NativeText::display(QStringView text, Tabs tabs) {
+    const auto escaped = [tabs](QChar c) {
+        return isShownEscaped(c.unicode()) && !(c == u'\t' && tabs == Tabs::Kept);
+    };
+    const auto first = std::find_if(text.begin(), text.end(), escaped);
+    if (first == text.end())
+        return text.toString();
+    QString out;
+    out.reserve(text.size() + 16);
+    out += text.first(first - text.begin());
+    for (qsizetype i = first - text.begin(); i < text.size(); ++i) {
+        const QChar c = text[i];
+        if (!escaped(c)) {
+            out += c;
+        } else if (c.isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate()) {
+            out += c;
+            out += text[++i];
+        } else if (c == u'\n') {
+            out += QLatin1StringView("\\n");
+        } else if (c == u'\r') {
+            out += QLatin1StringView("\\r");
+        } else if (c == u'\t') {
+            out += QLatin1StringView("\\t");
+        } else if (c.unicode() < 0x20 || c.unicode() == 0x7F) {
+            appendHex(out, 'x', c.unicode(), 2);
+        } else if (isEscape(c)) {
+            appendHex(out, 'x', c.unicode() - kEscapeBase, 2);
+        } else {
+            appendHex(out, 'u', c.unicode(), 4);
+        }
+    }
+    return out;
+}
+
+QString NativeText::display(QByteArrayView native) {
+    // Most names are printable ASCII and are shown as they are.
+    const bool printable = std::all_of(native.begin(), native.end(),
+                                       [](char c) { return uchar(c) >= 0x20 && uchar(c) < 0x7F; });
+    if (printable)
+        return QString::fromLatin1(native);
+    return display(toText(native));
 }
 
 } // namespace ondrel

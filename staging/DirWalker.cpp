@@ -94,7 +94,9 @@ bool DirWalker::walkSourcePath(const clsSourcePath& sp) {
     const bool various = name == kVarious;
     m_run.m_state.CurSourcePath = name;
     host.showSourcePath(name);
-    m_run.log(QStringLiteral("Source Path:\t") + name);
+    // Names from the spec file are shown as file names are: they may hold anything.
+    const QString shown = NativeText::display(name);
+    m_run.log(QStringLiteral("Source Path:\t") + shown);
     if (!various)
         m_run.log(QStringLiteral("Include sub-directories:  ") +
                   Convert::booleanText(sp.InclSubDirs()));
@@ -106,7 +108,7 @@ bool DirWalker::walkSourcePath(const clsSourcePath& sp) {
         const Result<void> exists = FileSystem::checkDirectory(dir);
         if (!exists.ok()) {
             if (exists.error().number() == ErrNo::PathNotFound)
-                return sourcePathNotFound(name, dir);
+                return sourcePathNotFound(shown, dir);
             const MsgAnswer answer = m_run.reportError(
                 exists.error(), QStringLiteral(" occurred while processing Source Paths."),
                 QStringLiteral("Form_Activate"), MsgButtons::OKCancel, dir);
@@ -119,7 +121,7 @@ bool DirWalker::walkSourcePath(const clsSourcePath& sp) {
     }
 
     if (sp.FGs().Count() == 0) {
-        const QString text = QStringLiteral("Source Path ") + name +
+        const QString text = QStringLiteral("Source Path ") + shown +
                              QStringLiteral(" did not have any File Groups.");
         m_run.log(QStringLiteral(">>>") + text);
         return various || askToContinue(text, QStringLiteral("No File Groups"));
@@ -128,10 +130,10 @@ bool DirWalker::walkSourcePath(const clsSourcePath& sp) {
     QString groups;
     for (const auto& fg : sp.FGs())
         groups += fg->Name();
-    m_run.log(QStringLiteral("File Group(s):\t") + groups);
+    m_run.log(QStringLiteral("File Group(s):\t") + NativeText::display(groups));
 
     if (groupsWithDestinations(sp) == 0) {
-        const QString text = QStringLiteral("None of the File Groups for Source Path ") + name +
+        const QString text = QStringLiteral("None of the File Groups for Source Path ") + shown +
                              QStringLiteral(" had any Destination Paths.");
         m_run.log(QStringLiteral(">>>") + text);
         return askToContinue(text, QStringLiteral("No Destination Paths"));
@@ -211,7 +213,7 @@ bool DirWalker::DirWalk(const clsSourcePath& SourcePath, const QByteArray& Dir) 
     host.showDirectory(shownDir);
     for (const auto& fg : SourcePath.FGs()) {
         if (fg->DPs().Count() == 0) {
-            const QString text = QStringLiteral("File Group ") + fg->Name() +
+            const QString text = QStringLiteral("File Group ") + NativeText::display(fg->Name()) +
                                  QStringLiteral(" does not have any Destination Paths.");
             m_run.log(QStringLiteral(">>>") + text);
             if (!askToContinue(text, QStringLiteral("No Destination Paths")))

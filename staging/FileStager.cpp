@@ -3,6 +3,7 @@
 #include "app/Module1.h"
 #include "app/clsOndrelApp.h"
 #include "platform/NativePath.h"
+#include "platform/NativeText.h"
 #include "platform/Volumes.h"
 #include "spec/clsFileGroup.h"
 #include "staging/StagingFileOps.h"
@@ -431,7 +432,7 @@ FileStager::Next FileStager::handleError(const Error& error, Call& call) {
         message =
             QStringLiteral("Source Path ") +
             (call.Task == QLatin1String("CheckVarSP") ? FileSystem::displayPath(call.sourceDir)
-                                                      : state.CurSourcePath) +
+                                                      : NativeText::display(state.CurSourcePath)) +
             QStringLiteral(" does not exist.");
         title = QStringLiteral("Source Path Not Found");
         buttons = MsgButtons::OKCancel;
@@ -443,7 +444,7 @@ FileStager::Next FileStager::handleError(const Error& error, Call& call) {
         return Next::NextDestination;
     }
 
-    m_run.logError(message);
+    m_run.logError(message, call.concerned(error));
     MsgAnswer answer = buttons == MsgButtons::OKCancel ? MsgAnswer::OK : MsgAnswer::Ignore;
     if (m_run.showErrMsgs())
         answer = m_run.ask(call.concerned(error), boxText.isEmpty() ? message : boxText, buttons,

@@ -235,8 +235,7 @@ void RunCompletion::Unload() {
             text.chop(2);
         for (const QString& line : text.split(kCrLf))
             m_run.log(line);
-        (void)m_run.m_log->close();
-        m_run.m_log = nullptr;
+        m_run.closeLog();
     }
     m_run.m_host.showSummary(m_run.m_summaryTitle, m_run.m_summaryText);
 }

@@ -29,6 +29,15 @@ public:
         return ask(prompt, buttons, icon, title);
     }
 
+    // A failure the run met (the text of its "***" line in the log), about path (native) when
+    // it concerns one. Told whatever the options say and whether or not a box follows: a host
+    // that keeps no record of its own, such as the terminal, says which file failed; the window
+    // leaves it to its boxes and the log.
+    virtual void reportFailure(const QString& text, const QByteArray& path) {
+        (void)text;
+        (void)path;
+    }
+
     // The run in progress: what is being worked on (lblSP, lblFG, lblCurDir, lblSourceFile,
     // lblDestFile of the staging window). The files come as native paths, shown as
     // FileSystem::displayPath shows them: they change with every file, and a host makes their

@@ -6,6 +6,7 @@
 #include "platform/DirectoryHandles.h"
 #include "platform/FileSystem.h"
 #include "platform/NativePath.h"
+#include "platform/NativeText.h"
 #include "platform/Volumes.h"
 #include "spec/clsSpecFile.h"
 #include "staging/DirWalker.h"
@@ -51,13 +52,40 @@ bool StagingRun::showErrMsgs() const {
 }
 
 void StagingRun::log(const QString& line) {
-    if (m_log)
-        (void)m_log->writeLine(line);
+    if (!logging())
+        return;
+    // The tabs are the log's own: they line up its values.
+    const Result<void> written =
+        m_log->writeLine(NativeText::display(line, NativeText::Tabs::Kept));
+    if (!written.ok())
+        logFailed(written.error());
 }
 
-void StagingRun::logError(const QString& text) {
+void StagingRun::closeLog() {
+    if (!m_log)
+        return;
+    const Result<void> closed = m_log->close();
+    if (!closed.ok())
+        logFailed(closed.error());
+    m_log = nullptr;
+}
+
+void StagingRun::logFailed(const Error& error) {
+    if (m_logFailed)
+        return;
+    m_logFailed = true;
+    m_state.errorReported = true;
+    // Asked whatever ShowErrMsgs says: the log cannot tell it, so nothing else would.
+    m_host.ask(QStringLiteral("Unable to write the staging log ") +
+                   NativeText::display(m_log->fileName()) + QStringLiteral(".  ") +
+                   error.description(),
+               MsgButtons::OK, MsgIcon::Exclamation, QStringLiteral("Staging Log Error"));
+}
+
+void StagingRun::logError(const QString& text, const QByteArray& path) {
     m_state.errorReported = true;
     log(QStringLiteral("***") + text);
+    m_host.reportFailure(NativeText::display(text), path);
 }
 
 MsgAnswer StagingRun::ask(const QByteArray& path, const QString& prompt, MsgButtons buttons,
@@ -70,7 +98,8 @@ MsgAnswer StagingRun::ask(const QByteArray& path, const QString& prompt, MsgButt
 MsgAnswer StagingRun::reportError(const Error& error, const QString& stage, const QString& routine,
                                   MsgButtons buttons, const QByteArray& path) {
     logError(QStringLiteral("Error ") + QString::number(error.number()) + QStringLiteral(", ") +
-             error.description() + stage);
+                 error.description() + stage,
+             path);
     if (!showErrMsgs())
         return MsgAnswer::OK;
     return ask(path, ErrorReportText(error), buttons, MsgIcon::None,

@@ -50,12 +50,18 @@ private:
     friend class FileStager;
     friend class RunCompletion;
 
-    // Writes one line to the log when the run has one.
+    // Writes one line to the log when the run has one, with whatever it quotes shown as
+    // NativeText::display shows it (a record is one line whatever a name holds). The first
+    // write that fails is an error of the run, told to the user once; the log then takes no
+    // more lines.
     void log(const QString& line);
-    bool logging() const { return m_log != nullptr; }
-    // An error line: "***" + text in the log; the run has then reported an error, whether or
-    // not it has a log.
-    void logError(const QString& text);
+    bool logging() const { return m_log != nullptr && !m_logFailed; }
+    // Writes what is left and closes the log; a failure there is told as one while writing.
+    void closeLog();
+    // An error line: "***" + text in the log, and the failure told to the host about path
+    // (native) when it concerns one; the run has then reported an error, whether or not it has
+    // a log.
+    void logError(const QString& text, const QByteArray& path = {});
     // The shared failure report: "***Error N, description" + stage in the log, and the standard
     // error box titled routine + " Error" when ShowErrMsgs is on, about path (native) when it
     // concerns one. Returns the answer (OK when no box was shown).
@@ -72,6 +78,7 @@ private:
     // Names every source and destination path of the spec as a root of the directory handles'
     // active Scope: below them, the run never follows a link to a directory.
     void addRoots() const;
+    void logFailed(const Error& error);
 
     const clsSpecFile& m_spec;
     const clsOndrelApp& m_settings;
@@ -79,6 +86,7 @@ private:
     StagingHost& m_host;
     StagingFileOps& m_ops;
     StagingLog* m_log;
+    bool m_logFailed = false;
     QString m_programDirectory;
     RunState m_state;
     QString m_summaryTitle;

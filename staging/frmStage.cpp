@@ -1,6 +1,7 @@
 #include "staging/frmStage.h"
 
 #include "platform/FileSystem.h"
+#include "platform/NativeText.h"
 #include "staging/frmStageInfo.h"
 
 #include <QApplication>
@@ -149,7 +150,12 @@ MsgAnswer frmStage::ask(const QString& prompt, MsgButtons buttons, MsgIcon icon,
     applyPending();
     const bool wasBusy = m_busy;
     setBusy(false);
-    const MsgAnswer answer = MsgBox(prompt, buttons, icon, title);
+    // The prompt's lines are the run's; what they quote (a name from the spec file) may hold
+    // anything, and is shown as the log shows it.
+    QStringList lines = prompt.split(QStringLiteral("\r\n"));
+    for (QString& line : lines)
+        line = NativeText::display(line);
+    const MsgAnswer answer = MsgBox(lines.join(QStringLiteral("\r\n")), buttons, icon, title);
     setBusy(wasBusy);
     return answer;
 }
@@ -212,8 +218,9 @@ void frmStage::applyPending() {
             continue;
         m_textChanged[line] = false;
         QLabel* label = m_lineLabels[line];
-        if (m_lineIsPath[line])
-            m_pendingText[line] = FileSystem::displayPath(m_pendingPath[line]);
+        // A name from the spec file may hold anything, as a file name may.
+        m_pendingText[line] = m_lineIsPath[line] ? FileSystem::displayPath(m_pendingPath[line])
+                                                 : NativeText::display(m_pendingText[line]);
         const QString& text = m_pendingText[line];
         const QString shown =
             label->fontMetrics().elidedText(text, Qt::ElideMiddle, label->contentsRect().width());

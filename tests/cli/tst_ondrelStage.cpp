@@ -3,14 +3,17 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include <csignal>
 #include <fcntl.h>
+#include <functional>
 #include <memory>
 #include <poll.h>
 #include <pty.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -61,12 +64,16 @@ class tst_ondrelStage : public QObject {
 
     QString at(const QString& relative) const { return m_dir->filePath(relative); }
 
-    // %T in an argument stands for the test's directory.
+    // %T in an argument stands for the test's directory. inChild runs in the child before the
+    // program starts.
     Outcome stage(QStringList args, const QString& workDir = {},
-                  const QString& program = QStringLiteral(ONDREL_STAGE)) {
+                  const QString& program = QStringLiteral(ONDREL_STAGE),
+                  const std::function<void()>& inChild = {}) {
         for (QString& arg : args)
             arg.replace(QStringLiteral("%T"), m_dir->path());
         QProcess process;
+        if (inChild)
+            process.setChildProcessModifier(inChild);
         process.setWorkingDirectory(workDir.isEmpty() ? m_dir->path() : workDir);
         process.start(program, args);
         process.closeWriteChannel();
@@ -208,6 +215,75 @@ private Q_SLOTS:
             QCOMPARE(QFileInfo::exists(at(candidate)), candidate == log);
     }
 
+    // A log that cannot be written (a file-size limit stands in for a full disk) is an error of
+    // the run, said once; the staging goes on, and the log holds whole lines only.
+    void logWriteFailure_data() {
+        QTest::addColumn<int>("files");    // more than the three of the tree
+        QTest::addColumn<int>("limit");    // bytes the log may take
+        QTest::addColumn<QString>("also"); // another message in standard error
+        QTest::newRow("while staging") << 800 << 8192 << QString();
+        QTest::newRow("at the end") << 0 << 600 << QString();
+        QTest::newRow("in the header") << 0 << 100 << "Form_Load Error: Error 61 occurred.";
+    }
+
+    void logWriteFailure() {
+        QFETCH(int, files);
+        QFETCH(int, limit);
+        QFETCH(QString, also);
+        makeTree({});
+        for (int i = 0; i < files; ++i)
+            QVERIFY(writeFile(at("src/many/f" + QString::number(i) + ".txt"), "x"));
+        const Outcome r =
+            stage({"--batch", "--options", "%T/job.opt", "--log", "%T/run.log", "%T/job.spc"}, {},
+                  ONDREL_STAGE, [limit] {
+                      const rlimit size{rlim_t(limit), rlim_t(limit)};
+                      ::setrlimit(RLIMIT_FSIZE, &size);
+                      std::signal(SIGXFSZ, SIG_IGN);
+                  });
+        QCOMPARE(r.code, 1);
+        QCOMPARE(r.err.count("Staging Log Error: Unable to write the staging log " + at("run.log") +
+                             ".  Disk full\n"),
+                 1);
+        QVERIFY2(r.err.contains(also), qPrintable(r.err));
+        QCOMPARE(readFile(at("dst/sub/deeper/c.txt")), QByteArray("C"));
+        if (files)
+            QCOMPARE(readFile(at("dst/many/f" + QString::number(files - 1) + ".txt")), "x");
+        const QByteArray log = readFile(at("run.log"));
+        QVERIFY(log.size() <= limit);
+        QVERIFY2(log.isEmpty() || log.endsWith("\r\n"), log.right(200).constData());
+    }
+
+    // A log is opened through a symbolic link only when the link is the user's own: one that
+    // another user planted where the log goes would have the job overwrite its target.
+    void logThroughLink_data() {
+        QTest::addColumn<bool>("foreign");
+        QTest::newRow("the user's own link") << false;
+        QTest::newRow("another user's link") << true;
+    }
+
+    void logThroughLink() {
+        QFETCH(bool, foreign);
+        if (foreign && ::geteuid() != 0)
+            QSKIP("needs root to give the link to another user");
+        makeTree({{"CreateLog", "True"}});
+        QVERIFY(writeFile(at("target"), "precious"));
+        const QByteArray link = QFile::encodeName(at("Staging.log"));
+        QCOMPARE(::symlink("target", link.constData()), 0);
+        if (foreign)
+            QCOMPARE(::lchown(link.constData(), 65534, 65534), 0);
+        const Outcome r = stage({"--batch", "--options", "%T/job.opt", "%T/job.spc"});
+        QCOMPARE(r.code, foreign ? 64 : 0);
+        if (foreign) {
+            QVERIFY2(r.err.contains("cannot open the log file Staging.log: Permission denied (the "
+                                    "log is a symbolic link owned by another user)"),
+                     qPrintable(r.err));
+            QCOMPARE(readFile(at("target")), QByteArray("precious"));
+            QVERIFY(!QFileInfo::exists(at("dst")));
+        } else {
+            QVERIFY(readFile(at("target")).startsWith("Staging started:  "));
+        }
+    }
+
     // With no --options the options file beside the program is read.
     void optionsFileBesideProgram() {
         makeTree({});
@@ -264,34 +340,46 @@ private Q_SLOTS:
         QCOMPARE(readFile(at("src/a.txt")), QByteArray("A"));
     }
 
-    // Whatever went wrong, the exit status says so, and the terminal names the path the
-    // message is about. A dry run meets the same failures as the run. As root, the stager is run
-    // as user 65534 so that permissions hold.
+    // Whatever went wrong, the exit status says so, and the terminal names the path: after the
+    // message, and on one line per failure whether or not messages are shown. A dry run meets
+    // the same failures as the run. As root, the stager is run as user 65534 so that
+    // permissions hold.
     void failuresEndWithStatusOne_data() {
         QTest::addColumn<QString>("setup");
         QTest::addColumn<bool>("dryRun");
+        QTest::addColumn<bool>("showErrMsgs");
         QTest::addColumn<QString>("message"); // in standard error
-        QTest::addColumn<QString>("path");    // the path line after it
+        QTest::addColumn<QString>("path");    // the path line after it, and in the failure's line
 
         QTest::newRow("missing source path")
-            << "missing" << false << "Source Path Not Found: Source Path %T/none does not exist."
+            << "missing" << false << true
+            << "Source Path Not Found: Source Path %T/none does not exist."
             << "%T/none";
         QTest::newRow("unreadable directory")
-            << "private" << false << "DirWalk Error: Error 70 occurred."
+            << "private" << false << true << "DirWalk Error: Error 70 occurred."
             << "%T/src/private";
-        QTest::newRow("unreadable file") << "mode 000" << false << "File Access Permission Denied"
-                                         << "%T/src/a.txt";
-        QTest::newRow("unreadable file, dry run")
-            << "mode 000" << true << "File Access Permission Denied"
+        QTest::newRow("unreadable directory, no messages")
+            << "private" << false << false
+            << "ondrel-stage: Error 70, Permission denied occurred during the directory search.  "
+               "path: %T/src/private\n"
+            << "%T/src/private";
+        QTest::newRow("unreadable file")
+            << "mode 000" << false << true << "File Access Permission Denied"
+            << "%T/src/a.txt";
+        QTest::newRow("unreadable file, dry run, no messages")
+            << "mode 000" << true << false
+            << "ondrel-stage: Unable to stage %T/src/a.txt.  The file may be in use by another "
+               "application.\n"
             << "%T/src/a.txt";
     }
 
     void failuresEndWithStatusOne() {
         QFETCH(QString, setup);
         QFETCH(bool, dryRun);
+        QFETCH(bool, showErrMsgs);
         QFETCH(QString, message);
         QFETCH(QString, path);
-        makeTree({});
+        makeTree({{"ShowErrMsgs", showErrMsgs ? "True" : "False"}});
         QStringList args = {"--batch", "--on-error=ignore", "--options", "%T/job.opt",
                             "%T/job.spc"};
         if (dryRun)
@@ -315,8 +403,12 @@ private Q_SLOTS:
         const Outcome r = stage(args, {}, program);
         QVERIFY2(r.code == 1, qPrintable(r.out + r.err));
         QVERIFY2(r.err.contains(message.replace("%T", m_dir->path())), qPrintable(r.err));
-        QVERIFY2(r.err.contains("\n  path: " + path.replace("%T", m_dir->path())),
-                 qPrintable(r.err));
+        path.replace("%T", m_dir->path());
+        QCOMPARE(r.err.contains("\n  path: " + path), showErrMsgs);
+        const QStringList failures =
+            r.err.split('\n').filter(QRegularExpression("^ondrel-stage: "));
+        QCOMPARE(failures.size(), 1);
+        QVERIFY2(failures.first().contains(path), qPrintable(r.err));
         // The rest of the tree is staged all the same.
         if (setup == "private" || setup == "mode 000")
             QCOMPARE(readFile(at("dst/sub/b.txt")), dryRun ? "<missing>" : QByteArray("B"));

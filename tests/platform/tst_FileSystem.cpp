@@ -474,25 +474,6 @@ private Q_SLOTS:
         else if (operation != "check")
             QCOMPARE(::access(path, F_OK) == 0, operation == "make");
     }
-
-    void displayPath_data() {
-        QTest::addColumn<QByteArray>("path");
-        QTest::addColumn<QString>("shown");
-        QTest::newRow("plain") << QByteArray("/a/b c.txt") << "/a/b c.txt";
-        QTest::newRow("UTF-8") << QByteArray("/\xc3\xa9/\xf0\x9f\x98\x80") << "/\u00e9/\U0001F600";
-        QTest::newRow("invalid byte") << QByteArray("/a\xff") << "/a\\xFF";
-        QTest::newRow("cut sequence") << QByteArray("/\xc3") << "/\\xC3";
-        QTest::newRow("overlong slash") << QByteArray("\xc0\xaf") << "\\xC0\\xAF";
-        QTest::newRow("surrogate") << QByteArray("\xed\xa0\x80") << "\\xED\\xA0\\x80";
-        QTest::newRow("line breaks, tab") << QByteArray("a\r\nb\tc") << "a\\r\\nb\\tc";
-        QTest::newRow("other controls") << QByteArray("a\x01\x1b\x7f", 4) << "a\\x01\\x1B\\x7F";
-    }
-
-    void displayPath() {
-        QFETCH(QByteArray, path);
-        QFETCH(QString, shown);
-        QCOMPARE(FileSystem::displayPath(path), shown);
-    }
 };
 
 QTEST_GUILESS_MAIN(tst_FileSystem)

@@ -162,7 +162,11 @@ private Q_SLOTS:
         QCOMPARE(filesBelow(at("home")), (QList<QByteArray>{"a.bin", "b.txt", "c.txt"}));
         const QByteArray log = contentOf(at("run.log"));
         QCOMPARE(log.count("***The disk in drive " + at("usb") + ": is full.\r\n"), 1);
-        QCOMPARE(r.err.count("is full"), 1);
+        // One question, and the failure's one line.
+        QCOMPARE(r.err.count("Disk Full: "), 1);
+        QCOMPARE(r.err.count("ondrel-stage: The disk in drive " + at("usb") +
+                             ": is full.  path: " + at("usb/out/a.bin") + "\n"),
+                 1);
     }
 };
 
