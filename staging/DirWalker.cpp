@@ -232,9 +232,13 @@ bool DirWalker::DirWalk(const clsSourcePath& SourcePath, const QByteArray& Dir) 
                               QStringLiteral("Dir_Change"), MsgButtons::OK, Dir);
             continue;
         }
-        for (const QByteArray& name : skipped)
-            m_run.log(QStringLiteral(">>>") + FileSystem::displayPath(NativePath::join(Dir, name)) +
-                      QStringLiteral(" is not a regular file; it was not staged."));
+        for (const QByteArray& name : skipped) {
+            const QByteArray path = NativePath::join(Dir, name);
+            const QString text = FileSystem::displayPath(path) +
+                                 QStringLiteral(" is not a regular file; it was not staged.");
+            m_run.log(QStringLiteral(">>>") + text);
+            m_run.m_host.reportFailure(text, path);
+        }
         if (files->empty())
             continue;
         host.setProgressRange(int(files->size()));

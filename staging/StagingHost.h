@@ -29,8 +29,9 @@ public:
         return ask(prompt, buttons, icon, title);
     }
 
-    // A failure the run met (the text of its "***" line in the log), about path (native) when
-    // it concerns one. Told whatever the options say and whether or not a box follows: a host
+    // A failure the run met (the text of its "***" line in the log), or an entry it passed over
+    // (a fifo, a device, a link that leads nowhere), about path (native) when it concerns one.
+    // Told whatever the options say and whether or not a box follows: a host
     // that keeps no record of its own, such as the terminal, says which file failed; the window
     // leaves it to its boxes and the log.
     virtual void reportFailure(const QString& text, const QByteArray& path) {

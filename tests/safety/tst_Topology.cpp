@@ -23,11 +23,13 @@ class tst_Topology : public QObject {
         return QFile::encodeName(m_dir->path()) + '/' + relative;
     }
 
-    // Stages src (sub-directories included) to the destinations; the log is read into m_log.
-    Outcome run(const QList<QByteArray>& dests, const Options& options = {}) {
+    // Stages src (sub-directories included) to the destinations (below the scratch directory,
+    // or as written when asWritten); the log is read into m_log.
+    Outcome run(const QList<QByteArray>& dests, const Options& options = {},
+                bool asWritten = false) {
         QList<QByteArray> paths;
         for (const QByteArray& dest : dests)
-            paths += at(dest);
+            paths += asWritten ? dest : at(dest);
         if (!writeBytes(at("job.spc"), specText(at("src"), paths)) ||
             !writeBytes(at("job.opt"),
                         optionsText(Options{{"Overwrite", "2"}, {"CreateDirs", "True"}} + options)))
@@ -72,13 +74,24 @@ private Q_SLOTS:
         QVERIFY(r.out.contains("during staging:\n" + at("src")));
     }
 
-    // A destination below the source is not walked into: a second run does not copy the first
-    // run's copies again.
+    // A destination below the source is not walked into, however its path reaches it: a second
+    // run does not copy the first run's copies again. A relative destination is taken from the
+    // spec file's directory.
+    void destinationInsideSource_data() {
+        QTest::addColumn<QByteArray>("dest");
+        QTest::addColumn<bool>("asWritten");
+        QTest::newRow("by its path") << QByteArray("src/out") << false;
+        QTest::newRow("through a link to the source") << QByteArray("alias/out") << false;
+        QTest::newRow("relative to the spec file") << QByteArray("src/out") << true;
+    }
     void destinationInsideSource() {
+        QFETCH(QByteArray, dest);
+        QFETCH(bool, asWritten);
         QVERIFY(writeBytes(at("src/a.txt"), "A"));
         QVERIFY(writeBytes(at("src/sub/b.txt"), "B"));
+        QCOMPARE(::symlink("src", at("alias").constData()), 0);
         for (int pass = 1; pass <= 2; ++pass) {
-            const Outcome r = run({"src/out"});
+            const Outcome r = run({dest}, {}, asWritten);
             QVERIFY(r.finished);
             QCOMPARE(r.code, 0);
             QCOMPARE(filesBelow(at("src")),
@@ -87,17 +100,24 @@ private Q_SLOTS:
     }
 
     // A link loop ends the walk (the link to a directory is not followed), a link to a file is
-    // copied as the file, a fifo is never opened and the run goes on past it.
+    // copied as the file, a fifo is never opened and the run goes on past it, saying so, as it
+    // says so of a link that leads nowhere.
     void specialEntries() {
         QVERIFY(writeBytes(at("src/top.txt"), "top"));
         QVERIFY(writeBytes(at("src/dir/f.txt"), "f"));
         QCOMPARE(::symlink("..", at("src/dir/loop").constData()), 0);
         QCOMPARE(::symlink("top.txt", at("src/alias.txt").constData()), 0);
+        QCOMPARE(::symlink("none", at("src/dangling").constData()), 0);
         QCOMPARE(::mkfifo(at("src/dir/pipe").constData(), 0644), 0);
 
         const Outcome r = run({"dst"});
         QVERIFY2(r.finished, "the run hung");
         QCOMPARE(r.code, 0);
+        for (const QByteArray& skipped : {at("src/dir/pipe"), at("src/dangling")}) {
+            const QByteArray text = skipped + " is not a regular file; it was not staged.";
+            QVERIFY2(m_log.contains(">>>" + text), m_log.constData());
+            QVERIFY2(r.err.contains(text), r.err.constData());
+        }
         QCOMPARE(filesBelow(at("dst")), (QList<QByteArray>{"alias.txt", "dir/f.txt", "top.txt"}));
         QCOMPARE(contentOf(at("dst/alias.txt")), QByteArray("top"));
         struct stat status {};
