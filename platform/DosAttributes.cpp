@@ -1,5 +1,7 @@
 #include "platform/DosAttributes.h"
 
+#include "platform/DirectoryHandles.h"
+
 #include "platform/FileSystem.h"
 #include "platform/PosixFile.h"
 
@@ -118,8 +120,23 @@ int DosAttributes::fromStatus(const QByteArray& path, const struct stat& st) {
 Result<void> DosAttributes::set(const QByteArray& path, int attributes) {
     if (attributes < 0 || (attributes & ~kSettableBits))
         return error(ErrNo::InvalidCall);
+    // Reached through the run's directory handles where it has them, so that a directory on
+    // the way swapped for a link since the walk leads nowhere: the file is opened as a path of
+    // its own, and changed through its entry in /proc, which names that very file.
+    const DirectoryHandles::At at = DirectoryHandles::resolve(path);
+    if (at.refused())
+        return errnoError(at.error, path);
+    Fd file;
+    QByteArray target = path;
+    static const bool procThere = ::access("/proc/self/fd", F_OK) == 0;
+    if (at.dir != AT_FDCWD && procThere) {
+        file.reset(::openat(at.dir, at.name, O_PATH | O_CLOEXEC));
+        if (!file)
+            return errnoError(errno, path);
+        target = "/proc/self/fd/" + QByteArray::number(file.get());
+    }
     struct stat st {};
-    if (::stat(path.constData(), &st) != 0)
+    if (::stat(target.constData(), &st) != 0)
         return errnoError(errno, path);
 
     mode_t mode = st.st_mode & 07777;
@@ -134,7 +151,8 @@ Result<void> DosAttributes::set(const QByteArray& path, int attributes) {
     if (S_ISREG(st.st_mode) || S_ISDIR(st.st_mode)) {
         const StoredText value(attributes & kStoredBits);
         const auto store = [&] {
-            return ::setxattr(path.constData(), kDosAttrib, value.text, size_t(value.size), 0) == 0
+            return ::setxattr(target.constData(), kDosAttrib, value.text, size_t(value.size), 0) ==
+                           0
                        ? 0
                        : errno;
         };
@@ -142,14 +160,14 @@ Result<void> DosAttributes::set(const QByteArray& path, int attributes) {
         // Only a process that may write a file may store its user attributes: the owner of a
         // read-only file lends himself the write bit for the moment.
         if (failure == EACCES && !(mode & S_IWUSR) && st.st_uid == ::geteuid() &&
-            ::chmod(path.constData(), mode | S_IWUSR) == 0) {
+            ::chmod(target.constData(), mode | S_IWUSR) == 0) {
             mode |= S_IWUSR;
             failure = store();
         }
         if (unsupported(failure))
             failure = 0;
     }
-    if (wanted != mode && ::chmod(path.constData(), wanted) != 0 && failure == 0)
+    if (wanted != mode && ::chmod(target.constData(), wanted) != 0 && failure == 0)
         failure = errno;
     if (failure != 0)
         return errnoError(failure, path);
