@@ -383,8 +383,12 @@ Result<CopiedFile> FileCopier::copy(const QByteArray& source, const QByteArray& 
                          QStringLiteral("Source and destination are the same file"));
         if (S_ISDIR(dst.st_mode))
             return error(ErrNo::PathFileAccess);
-        // Renaming over a read-only file would get round its protection.
-        if (!(dst.st_mode & S_IWUSR))
+        // Renaming over a read-only file would get round its protection. A link in the file's
+        // place is replaced itself, never written through, whatever its target's bits say.
+        struct stat entry {};
+        if (!(dst.st_mode & S_IWUSR) &&
+            !(::fstatat(to.dir, to.name, &entry, AT_SYMLINK_NOFOLLOW) == 0 &&
+              S_ISLNK(entry.st_mode)))
             return error(ErrNo::PermissionDenied);
         return std::nullopt;
     };

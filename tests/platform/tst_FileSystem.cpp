@@ -366,6 +366,7 @@ private Q_SLOTS:
         QTest::newRow("destination is a directory") << "src/a dst/dir" << 75;
         QTest::newRow("source is a directory") << "dst/dir dst/x" << 75;
         QTest::newRow("source is a fifo") << "src/fifo dst/x" << 75;
+        QTest::newRow("source is a kernel pseudo-file") << "src/pagemap dst/x" << 75;
     }
 
     void copyFailures() {
@@ -377,6 +378,7 @@ private Q_SLOTS:
         QVERIFY(::link(at("src/a"), at("dst/hard")) == 0);
         QVERIFY(::symlink("../src/a", at("dst/link")) == 0);
         QVERIFY(::mkfifo(at("src/fifo"), 0644) == 0);
+        QVERIFY(::symlink("/proc/self/pagemap", at("src/pagemap")) == 0);
         const auto before = std::make_pair(snapshot(at("src")), snapshot(at("dst")));
         const Result<CopiedFile> copied =
             FileSystem::copyFile(at(paths.section(u' ', 0, 0)), at(paths.section(u' ', 1)));
