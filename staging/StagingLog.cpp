@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace ondrel {
@@ -23,9 +24,21 @@ StagingLog::~StagingLog() {
 Result<void> StagingLog::open(const QString& fileName) {
     (void)close();
     const QByteArray path = QFile::encodeName(fileName);
-    m_fd = ::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    // The log may be a pipe someone reads (a terminal, a process that follows the run), but a
+    // fifo that nobody reads would hold the run up for ever: opened non-blocking, it fails at
+    // once (ENXIO, device unavailable). Only a regular file is emptied.
+    m_fd = ::open(path.constData(), O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC, 0666);
     if (m_fd < 0)
         return Error::fromErrno(errno, fileName, kSource);
+    struct stat st {};
+    const int flags = ::fcntl(m_fd, F_GETFL);
+    if (::fstat(m_fd, &st) != 0 || (S_ISREG(st.st_mode) && ::ftruncate(m_fd, 0) != 0) ||
+        flags < 0 || ::fcntl(m_fd, F_SETFL, flags & ~O_NONBLOCK) != 0) {
+        const int e = errno;
+        ::close(m_fd);
+        m_fd = -1;
+        return Error::fromErrno(e, fileName, kSource);
+    }
     m_fileName = fileName;
     m_buffer.reserve(kBufferSize);
     return {};

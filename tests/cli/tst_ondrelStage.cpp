@@ -148,6 +148,9 @@ private Q_SLOTS:
                 << QStringList{"--batch", path} << 65
                 << "Error 75 occurred while loading Spec File " + path + '.' << false;
         }
+        QTest::newRow("fifo as log, nobody reading")
+            << QStringList{"--options", "%T/job.opt", "--log", "%T/fifo", spec} << 64
+            << "cannot open the log file %T/fifo: Device unavailable" << false;
         QTest::newRow("help") << QStringList{"--help"} << 0 << "Usage: ondrel-stage" << false;
         QTest::newRow("help wins over a bad option")
             << QStringList{"--bogus", "-h"} << 0 << "--on-error=abort|ignore" << false;
