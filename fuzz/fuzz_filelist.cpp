@@ -3,6 +3,7 @@
 // as the same list.
 #include "fuzz/FuzzSupport.h"
 #include "platform/FileList.h"
+#include "platform/NativeText.h"
 
 using namespace ondrel;
 using fuzz::require;
@@ -14,7 +15,8 @@ QByteArray written(const QStringList& items) {
     for (const QString& item : items) {
         // A quoted item came without quotes inside; an unquoted one has no comma or trailing blank.
         const bool quote = !item.contains(u'"');
-        out += (quote ? "\"" : "") + item.toUtf8() + (quote ? "\"" : "") + "\r\n";
+        // Written back in the bytes it was read from, as a saved selection writes its names.
+        out += (quote ? "\"" : "") + NativeText::toNative(item) + (quote ? "\"" : "") + "\r\n";
     }
     return out;
 }

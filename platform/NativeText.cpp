@@ -1,5 +1,7 @@
 #include "platform/NativeText.h"
 
+#include <QStringDecoder>
+
 #include <algorithm>
 
 namespace ondrel {
@@ -46,6 +48,16 @@ int validSequenceLength(const uchar* p, qsizetype left) {
     return length;
 }
 
+// Valid UTF-8 as text. QString::fromUtf8 drops a byte-order mark at the start of what it
+// decodes; in a name, or after an odd byte within one, those bytes are part of the name.
+QString fromUtf8(QByteArrayView valid) {
+    if (!valid.startsWith("\xEF\xBB\xBF"))
+        return QString::fromUtf8(valid);
+    QStringDecoder decode(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless |
+                                                    QStringDecoder::Flag::ConvertInitialBom);
+    return decode(valid);
+}
+
 bool isEscape(QChar c) {
     return c.unicode() >= kEscapeBase + 0x80 && c.unicode() <= kEscapeBase + 0xFF;
 }
@@ -70,7 +82,7 @@ void appendHex(QString& out, char prefix, unsigned value, int digits) {
 
 QString NativeText::toText(QByteArrayView native) {
     if (native.isValidUtf8())
-        return QString::fromUtf8(native);
+        return fromUtf8(native);
     QString text;
     text.reserve(native.size());
     const auto* p = reinterpret_cast<const uchar*>(native.data());
@@ -83,11 +95,11 @@ QString NativeText::toText(QByteArrayView native) {
             i += length;
             continue;
         }
-        text += QString::fromUtf8(native.sliced(runStart, i - runStart));
+        text += fromUtf8(native.sliced(runStart, i - runStart));
         text += QChar(char16_t(kEscapeBase + p[i]));
         runStart = ++i;
     }
-    text += QString::fromUtf8(native.sliced(runStart));
+    text += fromUtf8(native.sliced(runStart));
     return text;
 }
 

@@ -17,6 +17,18 @@ namespace {
 
 const QString kSource = QStringLiteral("WholeFile");
 
+// No spec file, options file or file list comes near this; anything larger is not one of them,
+// and reading it whole would only exhaust memory.
+constexpr qsizetype kMaxBytes = qsizetype(64) * 1024 * 1024;
+
+Error notRegularFile() {
+    return Error(ErrNo::PathFileAccess, QStringLiteral("Not a regular file"), kSource);
+}
+
+Error tooLarge() {
+    return Error(ErrNo::PathFileAccess, QStringLiteral("File too large"), kSource);
+}
+
 class FdGuard {
 public:
     explicit FdGuard(int fd) : m_fd(fd) {}
@@ -53,12 +65,50 @@ bool writeAll(int fd, const QByteArray& bytes) {
     return true;
 }
 
-Result<void> writeInPlace(const QByteArray& path, const QString& fileName,
-                          const QByteArray& bytes) {
-    CrashPoint::reached();
-    FdGuard fd(::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
-    if (fd.get() < 0)
+// Ordinary reads and writes again, once the file is known to be a regular one: the descriptor
+// was opened non-blocking only so that a fifo could not hold up the open.
+bool blocking(int fd) {
+    const int flags = ::fcntl(fd, F_GETFL);
+    return flags >= 0 && ::fcntl(fd, F_SETFL, flags & ~O_NONBLOCK) == 0;
+}
+
+// Whether the path names something other than a regular file (a missing one is not).
+bool existsAsOther(const QByteArray& path) {
+    struct stat st {};
+    return ::stat(path.constData(), &st) == 0 && !S_ISREG(st.st_mode);
+}
+
+// The file emptied and open for writing; the descriptor is the caller's to close. Something
+// other than a regular file is refused, also a fifo that nobody reads, and stays as it was.
+Result<int> openEmptied(const QString& fileName) {
+    const QByteArray path = QFile::encodeName(fileName);
+    // Opened without O_TRUNC and without waiting for a reader: only once the file is known to be
+    // a regular one is it cut, so a fifo or a device named here is refused, never written to.
+    FdGuard fd(::open(path.constData(), O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC, 0666));
+    if (fd.get() < 0) {
+        const int e = errno;
+        // A fifo that nobody reads refuses a non-blocking open for writing (ENXIO), a directory
+        // any open for writing (EISDIR).
+        if ((e == ENXIO || e == EISDIR) && existsAsOther(path))
+            return notRegularFile();
+        return errnoError(e, fileName);
+    }
+    struct stat st {};
+    if (::fstat(fd.get(), &st) != 0)
         return errnoError(errno, fileName);
+    if (!S_ISREG(st.st_mode))
+        return notRegularFile();
+    if (::ftruncate(fd.get(), 0) != 0 || !blocking(fd.get()))
+        return errnoError(errno, fileName);
+    return fd.release();
+}
+
+Result<void> writeInPlace(const QString& fileName, const QByteArray& bytes) {
+    CrashPoint::reached();
+    Result<int> opened = openEmptied(fileName);
+    if (!opened.ok())
+        return opened.error();
+    FdGuard fd(opened.value());
     if (!writeAll(fd.get(), bytes))
         return errnoError(errno, fileName);
     if (::close(fd.release()) != 0)
@@ -70,17 +120,23 @@ Result<void> writeInPlace(const QByteArray& path, const QString& fileName,
 
 Result<QByteArray> WholeFile::read(const QString& fileName) {
     const QByteArray path = QFile::encodeName(fileName);
-    FdGuard fd(::open(path.constData(), O_RDONLY | O_CLOEXEC));
+    // O_NONBLOCK so that a fifo is opened at once instead of waiting for a writer; it is then
+    // refused with everything else that is not a regular file.
+    FdGuard fd(::open(path.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     if (fd.get() < 0)
         return errnoError(errno, fileName);
     struct stat st {};
     if (::fstat(fd.get(), &st) != 0)
         return errnoError(errno, fileName);
-    if (S_ISDIR(st.st_mode))
-        return Error(ErrNo::PathFileAccess, kSource);
+    if (!S_ISREG(st.st_mode))
+        return notRegularFile();
+    if (st.st_size > kMaxBytes)
+        return tooLarge();
+    if (!blocking(fd.get()))
+        return errnoError(errno, fileName);
+
     QByteArray bytes;
-    if (S_ISREG(st.st_mode))
-        bytes.reserve(static_cast<qsizetype>(st.st_size));
+    bytes.reserve(static_cast<qsizetype>(st.st_size));
     char buffer[65536];
     for (;;) {
         const ssize_t n = ::read(fd.get(), buffer, sizeof buffer);
@@ -91,6 +147,10 @@ Result<QByteArray> WholeFile::read(const QString& fileName) {
         }
         if (n == 0)
             break;
+        // The file may grow while it is read: the bound holds for what is read, not only for
+        // the size it had when opened.
+        if (n > kMaxBytes - bytes.size())
+            return tooLarge();
         bytes.append(buffer, n);
     }
     return bytes;
@@ -104,11 +164,14 @@ Result<void> WholeFile::write(const QString& fileName, const QByteArray& bytes) 
         target = info.symLinkTarget();
     const QByteArray path = QFile::encodeName(target);
 
-    // A read-only file is not rewritten, whoever runs the program; renaming over it would get
-    // round its protection.
     struct stat old {};
     const bool exists = ::stat(path.constData(), &old) == 0;
-    if (exists && S_ISREG(old.st_mode) && !(old.st_mode & S_IWUSR))
+    // A fifo, a device or a directory under the name is not replaced by a file, nor written to.
+    if (exists && !S_ISREG(old.st_mode))
+        return notRegularFile();
+    // A read-only file is not rewritten, whoever runs the program; renaming over it would get
+    // round its protection.
+    if (exists && !(old.st_mode & S_IWUSR))
         return Error(ErrNo::PermissionDenied, kSource);
 
     const QFileInfo targetInfo(target);
@@ -120,7 +183,7 @@ Result<void> WholeFile::write(const QString& fileName, const QByteArray& bytes) 
     if (fd.get() < 0) {
         const int e = errno;
         if (e == EACCES || e == EPERM)
-            return writeInPlace(path, fileName, bytes);
+            return writeInPlace(fileName, bytes);
         return errnoError(e, fileName);
     }
 
@@ -147,7 +210,12 @@ Result<void> WholeFile::write(const QString& fileName, const QByteArray& bytes) 
 }
 
 Result<void> WholeFile::truncate(const QString& fileName) {
-    return writeInPlace(QFile::encodeName(fileName), fileName, QByteArray());
+    Result<int> opened = openEmptied(fileName);
+    if (!opened.ok())
+        return opened.error();
+    if (::close(opened.value()) != 0)
+        return errnoError(errno, fileName);
+    return {};
 }
 
 } // namespace ondrel

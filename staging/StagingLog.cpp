@@ -75,8 +75,12 @@ Result<void> StagingLog::open(const QString& fileName) {
     QByteArray path = QFile::encodeName(fileName);
     int fd = -1;
     for (int links = 0; fd < 0; ++links) {
-        // Opened without emptying it: only once it is known what was opened is it emptied.
-        fd = ::open(path.constData(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0666);
+        // Opened without emptying it: only once it is known what was opened is it emptied. The
+        // log may be a pipe someone reads (a terminal, a process that follows the run), but a
+        // fifo that nobody reads would hold the run up for ever: opened non-blocking, it fails
+        // at once (ENXIO, device unavailable).
+        fd = ::open(path.constData(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC,
+                    0666);
         if (fd >= 0)
             break;
         if (errno != ELOOP || links == kMaxLinks)
@@ -87,7 +91,9 @@ Result<void> StagingLog::open(const QString& fileName) {
         path = std::move(target).value();
     }
     struct stat status {};
-    if (::fstat(fd, &status) == 0 && S_ISREG(status.st_mode) && ::ftruncate(fd, 0) != 0) {
+    const int flags = ::fcntl(fd, F_GETFL);
+    if (::fstat(fd, &status) != 0 || (S_ISREG(status.st_mode) && ::ftruncate(fd, 0) != 0) ||
+        flags < 0 || ::fcntl(fd, F_SETFL, flags & ~O_NONBLOCK) != 0) {
         const int e = errno;
         ::close(fd);
         return Error::fromErrno(e, fileName, kSource);

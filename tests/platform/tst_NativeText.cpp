@@ -22,6 +22,10 @@ private Q_SLOTS:
             << QByteArray("/\xc0\xaf") << QStringLiteral("/") + QChar(0xDCC0) + QChar(0xDCAF);
         QTest::newRow("encoded surrogate")
             << QByteArray("\xed\xb3\xa9") << QString(QChar(0xDCED)) + QChar(0xDCB3) + QChar(0xDCA9);
+        QTest::newRow("byte-order mark, after an odd byte")
+            << QByteArray("\xef\xbb\xbf"
+                          "a\xff\xef\xbb\xbf")
+            << QString(QChar(0xFEFF)) + u'a' + QChar(0xDCFF) + QChar(0xFEFF);
         QTest::newRow("mixed") << QByteArray("\xff\xc3\xa9\xfe")
                                << QString(QChar(0xDCFF)) + QStringLiteral("é") + QChar(0xDCFE);
     }

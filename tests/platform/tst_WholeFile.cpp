@@ -39,6 +39,8 @@ private Q_SLOTS:
         QCOMPARE(WholeFile::read(target).value(), QByteArray("2"));
     }
 
+    // Nothing waits on a fifo or reads a device or a huge file whole; a name that holds no
+    // regular file is left as it is. Truncation fails exactly where writing does.
     void failures_data() {
         QTest::addColumn<QString>("relative");
         QTest::addColumn<int>("readError");
@@ -46,6 +48,10 @@ private Q_SLOTS:
         QTest::newRow("missing file") << "none.spc" << 53 << 0;
         QTest::newRow("missing directory") << "no/such/dir/x.spc" << 76 << 76;
         QTest::newRow("a directory") << "sub" << 75 << 75;
+        QTest::newRow("a fifo") << "fifo" << 75 << 75;
+        QTest::newRow("a device") << "/dev/zero" << 75 << 75;
+        QTest::newRow("64 MiB") << "bound" << 0 << 0;
+        QTest::newRow("64 MiB and one byte") << "over" << 75 << 0;
     }
 
     void failures() {
@@ -54,11 +60,22 @@ private Q_SLOTS:
         QFETCH(int, writeError);
         QTemporaryDir dir;
         QVERIFY(QDir(dir.path()).mkdir("sub"));
-        const QString name = dir.filePath(relative);
+        QVERIFY(::mkfifo(QFile::encodeName(dir.filePath("fifo")).constData(), 0600) == 0);
+        // Sparse: they cost no disk.
+        for (const auto& [file, size] : {std::pair{"bound", 0}, std::pair{"over", 1}}) {
+            QFile sparse(dir.filePath(file));
+            QVERIFY(sparse.open(QIODevice::WriteOnly) && sparse.resize((qint64(64) << 20) + size));
+        }
+        const QString name = QDir(dir.path()).filePath(relative);
+        const QFileInfo before(name);
         const Result<QByteArray> r = WholeFile::read(name);
         QCOMPARE(r.ok() ? 0 : r.error().number(), readError);
+        const Result<void> t = WholeFile::truncate(name);
+        QCOMPARE(t.ok() ? 0 : t.error().number(), writeError);
         const Result<void> w = WholeFile::write(name, "x");
         QCOMPARE(w.ok() ? 0 : w.error().number(), writeError);
+        if (writeError)
+            QCOMPARE(QFileInfo(name).isFile(), before.isFile());
     }
 
     void readOnlyFileIsRefused() {
