@@ -29,11 +29,8 @@ public:
                                 DestinationHint hint, const CopyControl& control) override;
     Result<void> setAttributes(const QByteArray& path, int attributes) override;
     Result<void> deleteFile(const QByteArray& path) override;
-    void watchWrites(const QByteArray& dir) override { (void)dir; }
-    std::vector<dev_t> syncFileSystems(const std::vector<QByteArray>& paths) override {
-        (void)paths;
-        return {};
-    }
+    void watchWrites(const QByteArray& drive) override { (void)drive; }
+    std::vector<dev_t> syncFileSystems() override { return {}; }
     void removeStaleTemporaries(const QByteArray& dir) override { (void)dir; }
 
 private:

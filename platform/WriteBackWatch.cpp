@@ -1,7 +1,5 @@
 #include "platform/WriteBackWatch.h"
 
-#include "platform/NativePath.h"
-
 #include <algorithm>
 
 #include <fcntl.h>
@@ -15,20 +13,10 @@ WriteBackWatch::~WriteBackWatch() {
         ::close(fd);
 }
 
-int WriteBackWatch::openNearest(QByteArray dir) {
-    for (;;) {
-        const int fd =
-            ::open(dir.isEmpty() ? "/" : dir.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        if (fd >= 0 || dir.isEmpty() || dir == "/")
-            return fd;
-        const QByteArray parent = NativePath::parentOf(dir);
-        if (parent == dir)
-            return -1;
-        dir = parent;
-    }
-}
-
-void WriteBackWatch::keep(int fd) {
+void WriteBackWatch::watch(const QByteArray& dir) {
+    const int fd = ::open(dir.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0)
+        return;
     struct stat st {};
     const bool known = ::fstat(fd, &st) != 0 ||
                        std::any_of(m_watched.cbegin(), m_watched.cend(),
@@ -39,14 +27,7 @@ void WriteBackWatch::keep(int fd) {
         m_watched.emplace_back(st.st_dev, fd);
 }
 
-void WriteBackWatch::watch(const QByteArray& dir) {
-    if (const int fd = openNearest(dir); fd >= 0)
-        keep(fd);
-}
-
-std::vector<dev_t> WriteBackWatch::sync(const std::vector<QByteArray>& paths) {
-    for (const QByteArray& path : paths)
-        watch(path);
+std::vector<dev_t> WriteBackWatch::sync() {
     std::vector<dev_t> failed;
     for (const auto& [device, fd] : m_watched) {
         if (::syncfs(fd) != 0)

@@ -18,20 +18,14 @@ public:
     WriteBackWatch(const WriteBackWatch&) = delete;
     WriteBackWatch& operator=(const WriteBackWatch&) = delete;
 
-    // Starts watching the file system that holds dir, or its nearest existing ancestor (once
-    // per file system).
+    // Starts watching the file system that holds dir (once per file system).
     void watch(const QByteArray& dir);
 
-    // Writes each watched file system, and the one holding each of paths, to the disk; gives
-    // the devices of those that failed to, or that lost a write since watching began.
-    std::vector<dev_t> sync(const std::vector<QByteArray>& paths);
+    // Writes each watched file system to the disk; gives the devices of those that failed to,
+    // or that lost a write since watching began.
+    std::vector<dev_t> sync();
 
 private:
-    // The handle of an existing directory at or above dir, or -1.
-    static int openNearest(QByteArray dir);
-    // Keeps fd when it is the first on its file system; closes it otherwise.
-    void keep(int fd);
-
     std::vector<std::pair<dev_t, int>> m_watched;
 };
 

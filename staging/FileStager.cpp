@@ -230,6 +230,8 @@ std::optional<FileStager::Next> FileStager::checkDrive(Call& call) {
     for (;;) {
         if (FileSystem::checkDirectory(call.drive).ok()) {
             state.GoodDrives.append(call.drive);
+            if (m_run.m_settings.DelSource())
+                m_run.m_ops.watchWrites(call.drive);
             return std::nullopt;
         }
         if (const Next next = handleError(Error(ErrNo::DeviceUnavailable), call);
@@ -278,8 +280,6 @@ std::optional<FileStager::Next> FileStager::copy(Call& call, const Destination& 
     for (;;) {
         if (!state.writtenDirs.contains(destDir)) {
             state.writtenDirs.insert(destDir);
-            if (settings.DelSource())
-                m_run.m_ops.watchWrites(destDir);
             m_run.m_ops.removeStaleTemporaries(destDir);
         }
         const Result<CopiedFile> copied = m_run.m_ops.copyFile(

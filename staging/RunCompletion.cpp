@@ -73,8 +73,7 @@ QString RunCompletion::whyKept(const QByteArray& path, const FileStatus& now,
 
 std::vector<dev_t> RunCompletion::syncCopies() {
     RunState& state = m_run.m_state;
-    const std::vector<dev_t> failed = m_run.m_ops.syncFileSystems(
-        std::vector<QByteArray>(state.writtenDirs.cbegin(), state.writtenDirs.cend()));
+    const std::vector<dev_t> failed = m_run.m_ops.syncFileSystems();
     for (const dev_t device : failed) {
         // Named by the drive as the run knows it: the mount point of a copy on that device.
         QByteArray drive;

@@ -63,8 +63,7 @@ struct RunState {
     // Which source each file the run put in place holds: the last to be copied to it. A copy
     // that a later copy of another source replaced holds nothing any more.
     QHash<FileId, QByteArray> copyHolders;
-    // Directories this run has written into: stale temporary files are removed from each once,
-    // and their file systems are synced before a move deletes its sources.
+    // Directories this run has written into: stale temporary files are removed from each once.
     QSet<QByteArray> writtenDirs;
     // Directories the run has made: a destination missing when the run began may exist now.
     int madeDirectories = 0;

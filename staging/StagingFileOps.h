@@ -23,12 +23,12 @@ public:
                                         DestinationHint hint, const CopyControl& control) = 0;
     virtual Result<void> setAttributes(const QByteArray& path, int attributes) = 0;
     virtual Result<void> deleteFile(const QByteArray& path) = 0;
-    // Called the first time a move writes into a directory, before it writes: from then on the
-    // directory's file system is watched for writes that fail on their way to the disk.
-    virtual void watchWrites(const QByteArray& dir) = 0;
-    // Called once before the sources of a move are deleted: makes the copies in paths durable.
-    // Gives the devices of the file systems that failed to write them.
-    virtual std::vector<dev_t> syncFileSystems(const std::vector<QByteArray>& paths) = 0;
+    // Called once for each drive (a mount point) a move will write to, before it writes there:
+    // from then on its file system is watched for writes that fail on their way to the disk.
+    virtual void watchWrites(const QByteArray& drive) = 0;
+    // Called once before the sources of a move are deleted: makes the copies on the watched
+    // drives durable. Gives the devices of the file systems that failed to write them.
+    virtual std::vector<dev_t> syncFileSystems() = 0;
     // Called the first time a run writes into a directory.
     virtual void removeStaleTemporaries(const QByteArray& dir) = 0;
 };
@@ -55,10 +55,8 @@ public:
     Result<void> deleteFile(const QByteArray& path) override {
         return FileSystem::deleteFile(path);
     }
-    void watchWrites(const QByteArray& dir) override { m_watch.watch(dir); }
-    std::vector<dev_t> syncFileSystems(const std::vector<QByteArray>& paths) override {
-        return m_watch.sync(paths);
-    }
+    void watchWrites(const QByteArray& drive) override { m_watch.watch(drive); }
+    std::vector<dev_t> syncFileSystems() override { return m_watch.sync(); }
     void removeStaleTemporaries(const QByteArray& dir) override {
         FileSystem::removeStaleTemporaries(dir);
     }

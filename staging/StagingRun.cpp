@@ -11,6 +11,7 @@
 #include "spec/clsSpecFile.h"
 #include "staging/DirWalker.h"
 #include "staging/RunCompletion.h"
+#include "staging/StagingFileOps.h"
 #include "staging/StagingHost.h"
 #include "staging/StagingLog.h"
 
@@ -134,6 +135,9 @@ void StagingRun::Load() {
     m_state = RunState();
     // The file system of the program's own directory is known to be usable.
     m_state.GoodDrives = {Volumes::mountPointOf(QFile::encodeName(m_programDirectory))};
+    // A move's copies are watched on every drive from before its first write there.
+    if (m_settings.DelSource())
+        m_ops.watchWrites(m_state.GoodDrives.first());
     m_state.StartTime = QDateTime::currentDateTime();
     if (!m_log)
         return;

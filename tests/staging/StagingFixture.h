@@ -89,10 +89,10 @@ public:
             onCopy(source, destination);
         return DiskFileOps::copyFile(source, destination, hint, control);
     }
-    std::vector<dev_t> syncFileSystems(const std::vector<QByteArray>& paths) override {
+    std::vector<dev_t> syncFileSystems() override {
         if (onSync)
             onSync();
-        std::vector<dev_t> failed = DiskFileOps::syncFileSystems(paths);
+        std::vector<dev_t> failed = DiskFileOps::syncFileSystems();
         failed.insert(failed.end(), failingDevices.cbegin(), failingDevices.cend());
         return failed;
     }
