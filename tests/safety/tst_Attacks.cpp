@@ -8,7 +8,6 @@
 
 #include <QtTest>
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -25,21 +24,6 @@ struct stat statOf(const QString& path) {
     struct stat st {};
     ::lstat(native(path).constData(), &st);
     return st;
-}
-
-// Rewrites a file in place with other bytes of the same length, keeping its time to the second.
-void rewriteInPlace(StagingFixture& f, const QString& relative) {
-    const struct stat before = statOf(f.path(relative));
-    QFile file(f.path(relative));
-    if (!file.open(QIODevice::ReadWrite))
-        qFatal("cannot rewrite");
-    QByteArray content = file.readAll();
-    content.fill('X');
-    file.seek(0);
-    file.write(content);
-    file.close();
-    const struct timespec times[2] = {before.st_atim, {before.st_mtim.tv_sec, 999999999}};
-    ::utimensat(AT_FDCWD, native(f.path(relative)).constData(), times, 0);
 }
 
 } // namespace
@@ -78,7 +62,7 @@ private Q_SLOTS:
             if (attack == "sync fails") {
                 f.ops.failingDevices.push_back(statOf(f.path("dst/sub/a.txt")).st_dev);
             } else if (attack == "rewrite") {
-                rewriteInPlace(f, "src/sub/a.txt");
+                f.file("src/sub/a.txt", "XXXX", 1000000); // same size and second
             } else if (attack == "replace") {
                 f.file("src/sub/new", "mine", 1000000);
                 ::rename(native(f.path("src/sub/new")).constData(),
@@ -184,6 +168,7 @@ private Q_SLOTS:
     // the deletions of a move at the next file.
     void cancel_data() {
         QTest::addColumn<QString>("when");
+        QTest::newRow("during the walk: nothing is deleted") << "walk";
         QTest::newRow("during a large copy") << "copy";
         QTest::newRow("during the deletions") << "deletions";
     }
@@ -197,9 +182,9 @@ private Q_SLOTS:
                 f.file(QStringLiteral("src/") + name, name);
         f.group("src", "*.*", {"dst"});
         f.settings.setDelSource(true);
-        bool armed = false;
+        bool armed = when == "walk";
         int yieldsSinceArmed = 0;
-        f.ops.onCopy = [&](const QByteArray&, const QByteArray&) { armed = when == "copy"; };
+        f.ops.onCopy = [&](const QByteArray&, const QByteArray&) { armed |= when == "copy"; };
         f.ops.onSync = [&] { armed = true; };
         f.host.onYield = [&] {
             if (armed && ++yieldsSinceArmed == 2)
@@ -208,9 +193,17 @@ private Q_SLOTS:
         f.stage();
         const RunState& state = f.run->state();
         QVERIFY(state.Cancelled);
+        QCOMPARE(f.host.summaryTitle, QString("Staging Aborted!"));
         if (when == "copy") {
             QCOMPARE(QDir(f.path("dst")).entryList(QDir::Files | QDir::Hidden), QStringList{});
             QCOMPARE(f.read("src/big.bin").size(), 20 << 20);
+            return;
+        }
+        if (when == "walk") {
+            QCOMPARE(QDir(f.path("src")).entryList(QDir::Files).size(), 3);
+            QVERIFY(f.host.summaryText.contains("Staging aborted.\r\n\r\nNo files were deleted "
+                                                "from their source directories.\r\n\r\n"));
+            QVERIFY(!f.host.summaryText.contains("# of Files Deleted"));
             return;
         }
         QCOMPARE(state.DeletedCount, 1);

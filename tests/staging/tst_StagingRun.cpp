@@ -432,27 +432,6 @@ private Q_SLOTS:
         QVERIFY(!f.run->state().errorReported);
     }
 
-    void cancelledMoveDeletesNothing() {
-        StagingFixture f;
-        f.settings.setDelSource(true);
-        for (int i = 0; i < 5; ++i)
-            f.file(QString("src/f%1").arg(i));
-        f.group("src", "*", {"dst"});
-        f.host.onYield = [&] {
-            if (f.run && f.run->state().CopiedCount == 2)
-                f.run->Cancel();
-        };
-        const QStringList log = f.stage();
-        QCOMPARE(f.run->state().CopiedCount, 2);
-        QCOMPARE(QDir(f.path("src")).entryList(QDir::Files).size(), 5);
-        QCOMPARE(f.host.summaryTitle, QString("Staging Aborted!"));
-        QVERIFY(f.host.summaryText.contains("Staging aborted.\r\n\r\nNo files were deleted from "
-                                            "their source directories.\r\n\r\n"));
-        QVERIFY(!f.host.summaryText.contains("# of Files Deleted"));
-        QVERIFY(log.contains("Staging aborted"));
-        QCOMPARE(log.last(), QString());
-    }
-
     void resetArchive() {
         StagingFixture f;
         f.settings.setResetArchive(true);
@@ -472,31 +451,6 @@ private Q_SLOTS:
                          "Contact Technical Support for assistance."));
         QVERIFY(f.exists("dst/ro.txt"));
         QCOMPARE(f.run->state().ProblemFiles, f.path("src/ro.txt") + "\r\n");
-    }
-
-    void sourceAsItsOwnDestinationIsNeverWritten() {
-        StagingFixture f;
-        f.settings.setOverwrite(2);
-        f.settings.setDelSource(true);
-        f.file("src/a.txt", "keep");
-        f.group("src", "*.txt", {"src"});
-        const QStringList log = f.stage();
-        QCOMPARE(f.read("src/a.txt"), QByteArray("keep"));
-        QCOMPARE(f.run->state().ProblemFiles, f.path("src/a.txt") + "\r\n");
-        QCOMPARE(f.host.titles(), QStringList{"StageFile Error"});
-        QVERIFY(std::any_of(log.begin(), log.end(), [](const QString& l) {
-            return l.startsWith("***Error 75, ") && l.endsWith(" occurred while staging.");
-        }));
-    }
-
-    void destinationInsideTheSourceIsNotWalked() {
-        StagingFixture f;
-        f.file("src/a.txt", "A");
-        f.group("src", "*.txt", {"src/copy"}, true);
-        f.stage();
-        QCOMPARE(f.read("src/copy/a.txt"), QByteArray("A"));
-        QVERIFY(!f.exists("src/copy/copy"));
-        QCOMPARE(f.run->state().CopiedCount, 1);
     }
 
     // Without a log the run writes none, and the summary is whole all the same.
