@@ -18,6 +18,8 @@ QString Error::standardDescription(int number) {
         return QStringLiteral("Invalid procedure call or argument");
     case ErrNo::Overflow:
         return QStringLiteral("Overflow");
+    case ErrNo::OutOfMemory:
+        return QStringLiteral("Out of memory");
     case ErrNo::SubscriptOutOfRange:
         return QStringLiteral("Subscript out of range");
     case ErrNo::TypeMismatch:

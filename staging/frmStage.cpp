@@ -2,6 +2,7 @@
 
 #include "platform/FileSystem.h"
 #include "platform/NativeText.h"
+#include "platform/SlotBarrier.h"
 #include "staging/frmStageInfo.h"
 
 #include <QApplication>
@@ -83,7 +84,8 @@ frmStage::frmStage(const clsSpecFile& spec, const clsOndrelApp& settings,
     cmdCancel = new QPushButton(tr("Cancel"));
     cmdCancel->setObjectName(QStringLiteral("cmdCancel"));
     cmdCancel->setAutoDefault(false);
-    connect(cmdCancel, &QPushButton::clicked, this, &frmStage::cmdCancel_Click);
+    connect(cmdCancel, &QPushButton::clicked, this,
+            guarded(QStringLiteral("cmdCancel_Click"), this, &frmStage::cmdCancel_Click));
 
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(lblCopiedCount, 1);

@@ -1,4 +1,5 @@
 #include "staging/frmStageInfo.h"
+#include "platform/SlotBarrier.h"
 
 #include <QFontMetrics>
 #include <QHBoxLayout>
@@ -78,7 +79,8 @@ frmStageInfo::frmStageInfo(const QString& title, const QString& text, QWidget* p
     cmdOK = new QPushButton(tr("OK"));
     cmdOK->setObjectName(QStringLiteral("cmdOK"));
     cmdOK->setDefault(true);
-    connect(cmdOK, &QPushButton::clicked, this, &frmStageInfo::cmdOK_Click);
+    connect(cmdOK, &QPushButton::clicked, this,
+            guarded(QStringLiteral("cmdOK_Click"), this, &frmStageInfo::cmdOK_Click));
 
     auto* buttons = new QHBoxLayout;
     buttons->addStretch(1);

@@ -3,6 +3,7 @@
 #include "platform/FileSystem.h"
 #include "platform/MsgBox.h"
 #include "platform/NativePath.h"
+#include "platform/SlotBarrier.h"
 #include "platform/Volumes.h"
 #include "ui/controls/DirListModel.h"
 
@@ -58,14 +59,16 @@ DirList::DirList(QWidget* parent) : QListView(parent), m_model(new DirListModel(
     setSelectionMode(QAbstractItemView::SingleSelection);
     setEditTriggers(QAbstractItemView::NoEditTriggers);
     connect(this, &QListView::doubleClicked, this,
-            [this](const QModelIndex& index) { openRow(index.row()); });
+            guarded(QStringLiteral("openRow"),
+                    [this](const QModelIndex& index) { openRow(index.row()); }));
 
     // A burst of changes (a whole tree unpacked) is listed once.
     m_changedOnDisk.setSingleShot(true);
     m_changedOnDisk.setInterval(100);
     connect(&m_watcher, &QFileSystemWatcher::directoryChanged, &m_changedOnDisk,
             qOverload<>(&QTimer::start));
-    connect(&m_changedOnDisk, &QTimer::timeout, this, &DirList::refresh);
+    connect(&m_changedOnDisk, &QTimer::timeout, this,
+            guarded(QStringLiteral("refresh"), this, &DirList::refresh));
 
     if (!setPath(QDir::currentPath()))
         (void)setPath(QStringLiteral("/"));

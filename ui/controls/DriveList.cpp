@@ -2,6 +2,7 @@
 
 #include "platform/FileSystem.h"
 #include "platform/NativePath.h"
+#include "platform/SlotBarrier.h"
 #include "platform/Volumes.h"
 
 #include <QAbstractItemView>
@@ -31,7 +32,8 @@ DriveList::DriveList(QWidget* parent) : QComboBox(parent) {
     fill();
     const int current = indexOf(Volumes::mountPointOf(QFile::encodeName(QDir::currentPath())));
     choose(current >= 0 ? current : 0);
-    connect(this, &QComboBox::currentIndexChanged, this, &DriveList::userChose);
+    connect(this, &QComboBox::currentIndexChanged, this,
+            guarded(QStringLiteral("userChose"), this, &DriveList::userChose));
 }
 
 QString DriveList::Drive() const {

@@ -2,6 +2,7 @@
 
 #include "platform/FileSystem.h"
 #include "platform/NativePath.h"
+#include "platform/SlotBarrier.h"
 
 #include <QAbstractListModel>
 #include <QFile>
@@ -77,7 +78,8 @@ FileList::FileList(QWidget* parent) : QListView(parent), m_model(new FileListMod
     m_changedOnDisk.setInterval(100);
     connect(&m_watcher, &QFileSystemWatcher::directoryChanged, &m_changedOnDisk,
             qOverload<>(&QTimer::start));
-    connect(&m_changedOnDisk, &QTimer::timeout, this, &FileList::followDisk);
+    connect(&m_changedOnDisk, &QTimer::timeout, this,
+            guarded(QStringLiteral("followDisk"), this, &FileList::followDisk));
 }
 
 QString FileList::Path() const {

@@ -1,6 +1,7 @@
 #include "ui/editor/DestPathsPage.h"
 
 #include "platform/MsgBox.h"
+#include "platform/SlotBarrier.h"
 #include "ui/controls/DirList.h"
 #include "ui/controls/DriveList.h"
 #include "ui/controls/ProgramObjects.h"
@@ -55,12 +56,18 @@ DestPathsPage::DestPathsPage(frmCESpecs& editor, QWidget* parent) : EditorPage(e
     layout->setColumnStretch(0, 1);
     layout->setColumnStretch(1, 1);
 
-    connect(cboDPFGs, &QComboBox::activated, this, &DestPathsPage::cboDPFGs_Click);
-    connect(lstDPList, &QListWidget::clicked, this, &DestPathsPage::lstDPList_Click);
-    connect(lstDPList, &QListWidget::currentRowChanged, this, &DestPathsPage::lstDPList_Click);
-    connect(cmdDPAdd, &QPushButton::clicked, this, &DestPathsPage::cmdDPAdd_Click);
-    connect(cmdDPEdit, &QPushButton::clicked, this, &DestPathsPage::cmdDPEdit_Click);
-    connect(cmdDPDelete, &QPushButton::clicked, this, &DestPathsPage::cmdDPDelete_Click);
+    connect(cboDPFGs, &QComboBox::activated, this,
+            guarded(QStringLiteral("cboDPFGs_Click"), this, &DestPathsPage::cboDPFGs_Click));
+    connect(lstDPList, &QListWidget::clicked, this,
+            guarded(QStringLiteral("lstDPList_Click"), this, &DestPathsPage::lstDPList_Click));
+    connect(lstDPList, &QListWidget::currentRowChanged, this,
+            guarded(QStringLiteral("lstDPList_Click"), this, &DestPathsPage::lstDPList_Click));
+    connect(cmdDPAdd, &QPushButton::clicked, this,
+            guarded(QStringLiteral("cmdDPAdd_Click"), this, &DestPathsPage::cmdDPAdd_Click));
+    connect(cmdDPEdit, &QPushButton::clicked, this,
+            guarded(QStringLiteral("cmdDPEdit_Click"), this, &DestPathsPage::cmdDPEdit_Click));
+    connect(cmdDPDelete, &QPushButton::clicked, this,
+            guarded(QStringLiteral("cmdDPDelete_Click"), this, &DestPathsPage::cmdDPDelete_Click));
 }
 
 void DestPathsPage::rebuild() {

@@ -2,6 +2,7 @@
 
 #include "app/FileGroupMasks.h"
 #include "platform/MsgBox.h"
+#include "platform/SlotBarrier.h"
 #include "spec/clsSourcePaths.h"
 #include "ui/controls/ProgramObjects.h"
 #include "ui/editor/frmCESpecs.h"
@@ -127,17 +128,27 @@ FileGroupsPage::FileGroupsPage(frmCESpecs& editor, QWidget* parent) : EditorPage
     grdFGGrid->installEventFilter(this);
     txtFileMask->installEventFilter(this);
     lstFGList->viewport()->installEventFilter(this);
-    connect(grdFGGrid, &QTableWidget::cellClicked, this, [this] { grdFGGrid_Click(); });
+    connect(grdFGGrid, &QTableWidget::cellClicked, this,
+            guarded(QStringLiteral("grdFGGrid_Click"), [this] { grdFGGrid_Click(); }));
     connect(grdFGGrid, &QTableWidget::currentCellChanged, this,
-            [this](int, int column) { grdFGGrid_EnterCell(column + 1); });
+            guarded(QStringLiteral("grdFGGrid_EnterCell"),
+                    [this](int, int column) { grdFGGrid_EnterCell(column + 1); }));
     for (QScrollBar* bar : {grdFGGrid->horizontalScrollBar(), grdFGGrid->verticalScrollBar()})
         connect(bar, &QScrollBar::valueChanged, txtFileMask, &QWidget::hide);
-    connect(txtFileMask, &QLineEdit::textEdited, this, &FileGroupsPage::txtFileMask_Change);
-    connect(lstFGList, &QListWidget::currentRowChanged, this, &FileGroupsPage::lstFGList_Click);
-    connect(cmdFGAdd, &QPushButton::clicked, this, &FileGroupsPage::cmdFGAdd_Click);
-    connect(cmdFGEdit, &QPushButton::clicked, this, &FileGroupsPage::cmdFGEdit_Click);
-    connect(cmdFGDelete, &QPushButton::clicked, this, &FileGroupsPage::cmdFGDelete_Click);
-    connect(cmdFGClearGrid, &QPushButton::clicked, this, &FileGroupsPage::cmdFGClearGrid_Click);
+    connect(
+        txtFileMask, &QLineEdit::textEdited, this,
+        guarded(QStringLiteral("txtFileMask_Change"), this, &FileGroupsPage::txtFileMask_Change));
+    connect(lstFGList, &QListWidget::currentRowChanged, this,
+            guarded(QStringLiteral("lstFGList_Click"), this, &FileGroupsPage::lstFGList_Click));
+    connect(cmdFGAdd, &QPushButton::clicked, this,
+            guarded(QStringLiteral("cmdFGAdd_Click"), this, &FileGroupsPage::cmdFGAdd_Click));
+    connect(cmdFGEdit, &QPushButton::clicked, this,
+            guarded(QStringLiteral("cmdFGEdit_Click"), this, &FileGroupsPage::cmdFGEdit_Click));
+    connect(cmdFGDelete, &QPushButton::clicked, this,
+            guarded(QStringLiteral("cmdFGDelete_Click"), this, &FileGroupsPage::cmdFGDelete_Click));
+    connect(cmdFGClearGrid, &QPushButton::clicked, this,
+            guarded(QStringLiteral("cmdFGClearGrid_Click"), this,
+                    &FileGroupsPage::cmdFGClearGrid_Click));
 
     sizeGrid();
     ResetFGGrid();
@@ -294,16 +305,24 @@ bool FileGroupsPage::grdFGGrid_KeyPress(QKeyEvent* event) {
 
 bool FileGroupsPage::eventFilter(QObject* watched, QEvent* event) {
     if (watched == txtFileMask) {
-        if (event->type() == QEvent::KeyPress)
-            return txtFileMask_KeyPress(static_cast<QKeyEvent*>(event)->key());
+        if (event->type() == QEvent::KeyPress) {
+            bool handled = true;
+            runBehindBarrier(QStringLiteral("txtFileMask_KeyPress"), [&] {
+                handled = txtFileMask_KeyPress(static_cast<QKeyEvent*>(event)->key());
+            });
+            return handled;
+        }
         // The editor's own context menu takes the focus for a moment without ending the edit.
         if (event->type() == QEvent::FocusOut &&
             static_cast<QFocusEvent*>(event)->reason() != Qt::PopupFocusReason)
             txtFileMask->hide();
     } else if (watched == grdFGGrid && event->type() == QEvent::KeyPress) {
-        return grdFGGrid_KeyPress(static_cast<QKeyEvent*>(event));
+        bool handled = true;
+        runBehindBarrier(QStringLiteral("grdFGGrid_KeyPress"),
+                         [&] { handled = grdFGGrid_KeyPress(static_cast<QKeyEvent*>(event)); });
+        return handled;
     } else if (watched == lstFGList->viewport() && event->type() == QEvent::MouseButtonPress) {
-        lstFGList_Click();
+        runBehindBarrier(QStringLiteral("lstFGList_Click"), [this] { lstFGList_Click(); });
     }
     return EditorPage::eventFilter(watched, event);
 }

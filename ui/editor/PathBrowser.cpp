@@ -1,6 +1,7 @@
 #include "ui/editor/PathBrowser.h"
 
 #include "platform/MsgBox.h"
+#include "platform/SlotBarrier.h"
 #include "platform/Volumes.h"
 #include "ui/controls/DirList.h"
 #include "ui/controls/DriveList.h"
@@ -55,8 +56,10 @@ PathBrowser::PathBrowser(const QString& prefix, QWidget* page) : QObject(page) {
     pathRow->addWidget(m_caption);
     pathRow->addWidget(m_box, 1);
 
-    connect(drives, &DriveList::driveChanged, this, &PathBrowser::drvDrives_Change);
-    connect(directories, &DirList::pathChanged, this, &PathBrowser::lblCurPath_Click);
+    connect(drives, &DriveList::driveChanged, this,
+            guarded(QStringLiteral("drvDrives_Change"), this, &PathBrowser::drvDrives_Change));
+    connect(directories, &DirList::pathChanged, this,
+            guarded(QStringLiteral("lblCurPath_Click"), this, &PathBrowser::lblCurPath_Click));
     connect(m_caption, &QPushButton::clicked, this, [this] {
         lblCurPath_Click();
         m_box->setFocus();

@@ -1,6 +1,7 @@
 #include "ui/editor/SourcePathsPage.h"
 
 #include "platform/MsgBox.h"
+#include "platform/SlotBarrier.h"
 #include "ui/controls/DirList.h"
 #include "ui/controls/DriveList.h"
 #include "ui/controls/ProgramObjects.h"
@@ -50,12 +51,20 @@ SourcePathsPage::SourcePathsPage(frmCESpecs& editor, QWidget* parent) : EditorPa
     layout->setColumnStretch(0, 1);
     layout->setColumnStretch(1, 1);
 
-    connect(lstSPList, &QListWidget::itemChanged, this, &SourcePathsPage::lstSPList_ItemCheck);
-    connect(lstSPList, &QListWidget::clicked, this, &SourcePathsPage::lstSPList_Click);
-    connect(lstSPList, &QListWidget::currentRowChanged, this, &SourcePathsPage::lstSPList_Click);
-    connect(cmdSPAdd, &QPushButton::clicked, this, &SourcePathsPage::cmdSPAdd_Click);
-    connect(cmdSPEdit, &QPushButton::clicked, this, &SourcePathsPage::cmdSPEdit_Click);
-    connect(cmdSPDelete, &QPushButton::clicked, this, &SourcePathsPage::cmdSPDelete_Click);
+    connect(lstSPList, &QListWidget::itemChanged, this,
+            guarded(QStringLiteral("lstSPList_ItemCheck"), this,
+                    &SourcePathsPage::lstSPList_ItemCheck));
+    connect(lstSPList, &QListWidget::clicked, this,
+            guarded(QStringLiteral("lstSPList_Click"), this, &SourcePathsPage::lstSPList_Click));
+    connect(lstSPList, &QListWidget::currentRowChanged, this,
+            guarded(QStringLiteral("lstSPList_Click"), this, &SourcePathsPage::lstSPList_Click));
+    connect(cmdSPAdd, &QPushButton::clicked, this,
+            guarded(QStringLiteral("cmdSPAdd_Click"), this, &SourcePathsPage::cmdSPAdd_Click));
+    connect(cmdSPEdit, &QPushButton::clicked, this,
+            guarded(QStringLiteral("cmdSPEdit_Click"), this, &SourcePathsPage::cmdSPEdit_Click));
+    connect(
+        cmdSPDelete, &QPushButton::clicked, this,
+        guarded(QStringLiteral("cmdSPDelete_Click"), this, &SourcePathsPage::cmdSPDelete_Click));
 }
 
 void SourcePathsPage::rebuild() {

@@ -2,6 +2,7 @@
 
 #include "platform/Help.h"
 #include "platform/MsgBox.h"
+#include "platform/SlotBarrier.h"
 #include "ui/controls/MainWindowViews.h"
 #include "ui/controls/ProgramObjects.h"
 #include "ui/editor/DestPathsPage.h"
@@ -61,8 +62,10 @@ frmCESpecs::frmCESpecs(ProgramObjects& program, QWidget* parent)
     m_layout->addWidget(tdgCESpecs, 1);
     resize(600, 480);
 
-    connect(tdgCESpecs, &QTabWidget::currentChanged, this, &frmCESpecs::tdgCESpecs_Click);
-    connect(cboSPs, &QComboBox::activated, this, &frmCESpecs::cboSPs_Click);
+    connect(tdgCESpecs, &QTabWidget::currentChanged, this,
+            guarded(QStringLiteral("tdgCESpecs_Click"), this, &frmCESpecs::tdgCESpecs_Click));
+    connect(cboSPs, &QComboBox::activated, this,
+            guarded(QStringLiteral("cboSPs_Click"), this, &frmCESpecs::cboSPs_Click));
 }
 
 void frmCESpecs::makePages() {
@@ -95,9 +98,12 @@ void frmCESpecs::makePages() {
     buttons->addButton(cmdCancel, QDialogButtonBox::RejectRole);
     buttons->addButton(cmdHelp, QDialogButtonBox::HelpRole);
     m_layout->addWidget(buttons);
-    connect(cmdOK, &QPushButton::clicked, this, &frmCESpecs::cmdOK_Click);
-    connect(cmdCancel, &QPushButton::clicked, this, &frmCESpecs::cmdCancel_Click);
-    connect(cmdHelp, &QPushButton::clicked, this, &frmCESpecs::cmdHelp_Click);
+    connect(cmdOK, &QPushButton::clicked, this,
+            guarded(QStringLiteral("cmdOK_Click"), this, &frmCESpecs::cmdOK_Click));
+    connect(cmdCancel, &QPushButton::clicked, this,
+            guarded(QStringLiteral("cmdCancel_Click"), this, &frmCESpecs::cmdCancel_Click));
+    connect(cmdHelp, &QPushButton::clicked, this,
+            guarded(QStringLiteral("cmdHelp_Click"), this, &frmCESpecs::cmdHelp_Click));
 }
 
 EditorPage* frmCESpecs::page(int index) {

@@ -1,4 +1,5 @@
 #include "ui/help/HelpIndexPane.h"
+#include "platform/SlotBarrier.h"
 
 #include <QCoreApplication>
 #include <QHelpEngine>
@@ -33,7 +34,8 @@ HelpIndexPane::HelpIndexPane(QHelpEngine* engine, QWidget* parent)
     connect(m_keyword, &QLineEdit::returnPressed, m_list, &QHelpIndexWidget::activateCurrentItem);
     connect(m_list, &QHelpIndexWidget::documentActivated, this,
             [this](const QHelpLink& document) { Q_EMIT topicChosen(document.url); });
-    connect(m_list, &QHelpIndexWidget::documentsActivated, this, &HelpIndexPane::chooseAmong);
+    connect(m_list, &QHelpIndexWidget::documentsActivated, this,
+            guarded(QStringLiteral("chooseAmong"), this, &HelpIndexPane::chooseAmong));
     // The arrow keys in the word field move through the list, so the user need not leave the
     // field to pick a neighbouring word.
     m_keyword->installEventFilter(this);

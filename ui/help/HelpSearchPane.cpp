@@ -1,4 +1,5 @@
 #include "ui/help/HelpSearchPane.h"
+#include "platform/SlotBarrier.h"
 
 #include <QHelpSearchEngine>
 #include <QHelpSearchResult>
@@ -38,14 +39,18 @@ HelpSearchPane::HelpSearchPane(QHelpSearchEngine* engine, QWidget* parent)
     layout->addWidget(m_results, 1);
     layout->addWidget(m_status);
 
-    connect(m_words, &QLineEdit::returnPressed, this, &HelpSearchPane::search);
-    connect(m_searchButton, &QPushButton::clicked, this, &HelpSearchPane::search);
+    connect(m_words, &QLineEdit::returnPressed, this,
+            guarded(QStringLiteral("search"), this, &HelpSearchPane::search));
+    connect(m_searchButton, &QPushButton::clicked, this,
+            guarded(QStringLiteral("search"), this, &HelpSearchPane::search));
     connect(m_results, &QListWidget::itemActivated, this, [this](QListWidgetItem* item) {
         Q_EMIT topicChosen(item->data(Qt::UserRole).toUrl());
     });
     connect(m_engine, &QHelpSearchEngine::indexingStarted, this, [this] { m_indexing = true; });
-    connect(m_engine, &QHelpSearchEngine::indexingFinished, this, &HelpSearchPane::indexReady);
-    connect(m_engine, &QHelpSearchEngine::searchingFinished, this, &HelpSearchPane::showResults);
+    connect(m_engine, &QHelpSearchEngine::indexingFinished, this,
+            guarded(QStringLiteral("indexReady"), this, &HelpSearchPane::indexReady));
+    connect(m_engine, &QHelpSearchEngine::searchingFinished, this,
+            guarded(QStringLiteral("showResults"), this, &HelpSearchPane::showResults));
     // The index is built in the background while the user reads; a search typed before it is
     // ready runs when it is.
     m_indexing = true;

@@ -1,5 +1,6 @@
 #include "ui/help/HelpViewer.h"
 
+#include "platform/SlotBarrier.h"
 #include "ui/help/HelpBrowser.h"
 #include "ui/help/HelpIndexPane.h"
 #include "ui/help/HelpSearchPane.h"
@@ -100,20 +101,24 @@ HelpViewer::HelpViewer(const QString& collectionFile, QWidget* parent)
     layout->addLayout(buttons);
     layout->addWidget(m_splitter, 1);
 
-    connect(m_contents, &QHelpContentWidget::linkActivated, this, &HelpViewer::showTopic);
+    connect(m_contents, &QHelpContentWidget::linkActivated, this,
+            guarded(QStringLiteral("showTopic"), this, &HelpViewer::showTopic));
     // One click on a title opens its topic, whatever the desktop's setting for activating items.
     connect(m_contents, &QHelpContentWidget::clicked, this, [this](const QModelIndex& index) {
         if (const QHelpContentItem* item = m_engine->contentModel()->contentItemAt(index))
             showTopic(item->url());
     });
-    connect(m_indexPane, &HelpIndexPane::topicChosen, this, &HelpViewer::showTopic);
-    connect(m_searchPane, &HelpSearchPane::topicChosen, this, &HelpViewer::showFoundTopic);
+    connect(m_indexPane, &HelpIndexPane::topicChosen, this,
+            guarded(QStringLiteral("showTopic"), this, &HelpViewer::showTopic));
+    connect(m_searchPane, &HelpSearchPane::topicChosen, this,
+            guarded(QStringLiteral("showFoundTopic"), this, &HelpViewer::showFoundTopic));
     connect(m_back, &QToolButton::clicked, m_browser, &QTextBrowser::backward);
     connect(m_forward, &QToolButton::clicked, m_browser, &QTextBrowser::forward);
     connect(m_home, &QToolButton::clicked, this, [this] { showTopic(topicFor(0)); });
     connect(m_browser, &QTextBrowser::backwardAvailable, m_back, &QWidget::setEnabled);
     connect(m_browser, &QTextBrowser::forwardAvailable, m_forward, &QWidget::setEnabled);
-    connect(m_browser, &QTextBrowser::sourceChanged, this, &HelpViewer::selectInContents);
+    connect(m_browser, &QTextBrowser::sourceChanged, this,
+            guarded(QStringLiteral("selectInContents"), this, &HelpViewer::selectInContents));
     // The contents are read in the background; once there, they open on the page shown.
     connect(m_engine->contentModel(), &QHelpContentModel::contentsCreated, this, [this] {
         m_contents->expandAll();

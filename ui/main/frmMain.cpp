@@ -2,6 +2,7 @@
 
 #include "app/Module1.h"
 #include "platform/MsgBox.h"
+#include "platform/SlotBarrier.h"
 #include "ui/controls/ProgramObjects.h"
 #include "ui/main/MainIcons.h"
 
@@ -75,8 +76,14 @@ void frmMain::buildControls() {
     tvwSpecs->setSelectionMode(QAbstractItemView::SingleSelection);
     tvwSpecs->viewport()->installEventFilter(this);
     tvwSpecs->installEventFilter(this);
+    // A click runs the node click even on the node already selected; a move by the keyboard
+    // changes the current node without a click.
+    connect(tvwSpecs, &QTreeWidget::itemClicked, this,
+            guarded(QStringLiteral("tvwSpecs_NodeClick"),
+                    [this](QTreeWidgetItem* node) { tvwSpecs_NodeClick(node); }));
     connect(tvwSpecs, &QTreeWidget::currentItemChanged, this,
-            [this](QTreeWidgetItem* current) { tvwSpecs_NodeClick(current); });
+            guarded(QStringLiteral("tvwSpecs_NodeClick"),
+                    [this](QTreeWidgetItem* current) { tvwSpecs_NodeClick(current); }));
 
     lvwSPProps = new QTreeWidget(m_client);
     lvwSPProps->setObjectName(QStringLiteral("lvwSPProps"));

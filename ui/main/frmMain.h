@@ -107,7 +107,8 @@ private:
     void nameToolBarExtension();
     QAction* addAction(QMenu* menu, const QString& name, const QString& caption,
                        void (frmMain::*handler)());
-    void connectToggle(QAction* action, const std::function<void()>& handler);
+    void connectToggle(QAction* action, const QString& routine,
+                       const std::function<void()>& handler);
 
     // frmMainTree.cpp
     void LoadEditorSpecs(int RootIndex);

@@ -39,7 +39,6 @@ void frmMain::mnuFileNewSpecs_Click() {
                     QStringLiteral(".spc"));
     current.setPath(withSeparator(m_program.programDirectory));
     lblSpecInfo[0]->setText(current.Name());
-    strCurrentSP.clear();
     UpdtSpecList();
     UpdtISD(current.SPs().Item(1)->InclSubDirs());
     m_program.Selection.clearFiles();
@@ -80,7 +79,6 @@ void frmMain::OpenSpecFile(const QString& FileTitle, const QString& FileName) {
         current.setName(FileTitle);
         lblSpecInfo[0]->setText(current.Name());
         setPathFromFileName(FileName);
-        strCurrentSP.clear();
         UpdtSpecList();
         UpdtISD(current.SPs().Item(1)->InclSubDirs());
         RefreshMRU(QStringLiteral("Open"), current.Name(), current.Path());

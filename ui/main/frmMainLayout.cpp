@@ -3,6 +3,7 @@
 #include "ui/main/frmMain.h"
 
 #include "app/Module1.h"
+#include "platform/SlotBarrier.h"
 #include "ui/controls/ProgramObjects.h"
 
 #include <QFrame>
@@ -143,7 +144,8 @@ bool frmMain::eventFilter(QObject* watched, QEvent* event) {
         }
         case QEvent::MouseButtonRelease:
             if (bMoving)
-                imgSplitter_MouseUp();
+                runBehindBarrier(QStringLiteral("imgSplitter_MouseUp"),
+                                 [this] { imgSplitter_MouseUp(); });
             return true;
         case QEvent::KeyPress: {
             // From the keyboard, the arrow keys move the splitter by a few grid steps.
@@ -171,7 +173,9 @@ bool frmMain::eventFilter(QObject* watched, QEvent* event) {
         if (event->type() == QEvent::MouseButtonRelease) {
             const auto* mouse = static_cast<QMouseEvent*>(event);
             if (mouse->button() == Qt::RightButton) {
-                tvwSpecs_MouseUp(Qt::RightButton, mouse->position().toPoint());
+                const QPoint at = mouse->position().toPoint();
+                runBehindBarrier(QStringLiteral("tvwSpecs_MouseUp"),
+                                 [this, at] { tvwSpecs_MouseUp(Qt::RightButton, at); });
                 return true;
             }
         }
@@ -180,7 +184,8 @@ bool frmMain::eventFilter(QObject* watched, QEvent* event) {
             const auto* menu = static_cast<QContextMenuEvent*>(event);
             if (menu->reason() == QContextMenuEvent::Keyboard) {
                 const QRect at = tvwSpecs->visualItemRect(tvwSpecs->currentItem());
-                tvwSpecs_MouseUp(Qt::RightButton, at.center());
+                runBehindBarrier(QStringLiteral("tvwSpecs_MouseUp"),
+                                 [this, at] { tvwSpecs_MouseUp(Qt::RightButton, at.center()); });
             }
             return true;
         }

@@ -2,6 +2,7 @@
 // the same command as its menu entry.
 #include "ui/main/frmMain.h"
 
+#include "platform/SlotBarrier.h"
 #include "ui/main/MainIcons.h"
 
 #include <QMenuBar>
@@ -16,17 +17,19 @@ QAction* frmMain::addAction(QMenu* menu, const QString& name, const QString& cap
     action->setObjectName(name);
     menu->addAction(action);
     if (handler != nullptr)
-        connect(action, &QAction::triggered, this, handler);
+        connect(action, &QAction::triggered, this,
+                guarded(name + QStringLiteral("_Click"), this, handler));
     return action;
 }
 
-void frmMain::connectToggle(QAction* action, const std::function<void()>& handler) {
+void frmMain::connectToggle(QAction* action, const QString& routine,
+                            const std::function<void()>& handler) {
     // A check mark shows a state that the handlers keep; a click alone must not flip it, since
     // the handlers decide by the mark as it stood when the user clicked.
     action->setCheckable(true);
-    connect(action, &QAction::triggered, this, [action, handler](bool checked) {
+    connect(action, &QAction::triggered, this, [action, routine, handler](bool checked) {
         action->setChecked(!checked);
-        handler();
+        runBehindBarrier(routine, handler);
     });
 }
 
@@ -53,7 +56,8 @@ void frmMain::buildMenus() {
     for (int i = 0; i < RecentFilesList::kEntries; ++i) {
         mnuFileMRU[i] =
             addAction(mnuFile, QStringLiteral("mnuFileMRU(%1)").arg(i), QString(), nullptr);
-        connect(mnuFileMRU[i], &QAction::triggered, this, [this, i] { mnuFileMRU_Click(i); });
+        connect(mnuFileMRU[i], &QAction::triggered, this,
+                guarded(QStringLiteral("mnuFileMRU_Click"), [this, i] { mnuFileMRU_Click(i); }));
         mnuFileMRU[i]->setVisible(false);
     }
     mnuFileBar5 = mnuFile->addSeparator();
@@ -93,15 +97,17 @@ void frmMain::buildMenus() {
     mnuView->addSeparator();
     mnuViewToolbar =
         addAction(mnuView, QStringLiteral("mnuViewToolbar"), QStringLiteral("&Toolbar"), nullptr);
-    connectToggle(mnuViewToolbar, [this] { mnuViewToolbar_Click(); });
+    connectToggle(mnuViewToolbar, QStringLiteral("mnuViewToolbar_Click"),
+                  [this] { mnuViewToolbar_Click(); });
     QAction* statusBarEntry = addAction(mnuView, QStringLiteral("mnuViewStatusBar"),
                                         QStringLiteral("Status &Bar"), nullptr);
     // Nothing hides the status bar: its entry stays checked.
-    connectToggle(statusBarEntry, [] {});
+    connectToggle(statusBarEntry, QStringLiteral("mnuViewStatusBar_Click"), [] {});
     statusBarEntry->setChecked(true);
     mnuViewStagingOptions = addAction(mnuView, QStringLiteral("mnuViewStagingOptions"),
                                       QStringLiteral("&Staging Options"), nullptr);
-    connectToggle(mnuViewStagingOptions, [this] { mnuViewStagingOptions_Click(); });
+    connectToggle(mnuViewStagingOptions, QStringLiteral("mnuViewStagingOptions_Click"),
+                  [this] { mnuViewStagingOptions_Click(); });
 
     mnuHelp = bar->addMenu(QStringLiteral("&Help"));
     mnuHelp->setObjectName(QStringLiteral("mnuHelp"));
@@ -164,11 +170,13 @@ void frmMain::buildToolBar() {
         if (*b.toolTip == '\0')
             button->setToolTip(QString());
         if (key == QLatin1String("Properties")) {
-            connectToggle(action, [this, key] { tbrToolBar_ButtonClick(key); });
+            connectToggle(action, QStringLiteral("tbrToolBar_ButtonClick"),
+                          [this, key] { tbrToolBar_ButtonClick(key); });
             m_propertiesButton = action;
         } else {
             connect(action, &QAction::triggered, this,
-                    [this, key] { tbrToolBar_ButtonClick(key); });
+                    guarded(QStringLiteral("tbrToolBar_ButtonClick"),
+                            [this, key] { tbrToolBar_ButtonClick(key); }));
         }
     }
     nameToolBarExtension();
@@ -200,7 +208,8 @@ void frmMain::buildContextMenu() {
     mnuTVContextBar1->setObjectName(QStringLiteral("mnuTVContextBar1"));
     mnuTVContextISD = addAction(mnuTVContext, QStringLiteral("mnuTVContextISD"),
                                 QStringLiteral("&Include Subdirectories"), nullptr);
-    connectToggle(mnuTVContextISD, [this] { mnuTVContextISD_Click(); });
+    connectToggle(mnuTVContextISD, QStringLiteral("mnuTVContextISD_Click"),
+                  [this] { mnuTVContextISD_Click(); });
     QAction* bar2 = mnuTVContext->addSeparator();
     bar2->setObjectName(QStringLiteral("mnuTVContextBar2"));
     QMenu* options = mnuTVContext->addMenu(QStringLiteral("File Ondrel &Options"));

@@ -26,14 +26,6 @@ constexpr int kKeyRole = Qt::UserRole;
 constexpr int kTagRole = Qt::UserRole + 1;
 constexpr int kIndexRole = Qt::UserRole + 2;
 
-// The node's full path: the texts from its source path down, separated by "|".
-QString fullPath(const QTreeWidgetItem* node) {
-    QString path = node->text(0);
-    for (const QTreeWidgetItem* p = node->parent(); p != nullptr; p = p->parent())
-        path = p->text(0) + u'|' + path;
-    return path;
-}
-
 const QTreeWidgetItem* rootOf(const QTreeWidgetItem* node) {
     while (node->parent() != nullptr)
         node = node->parent();
@@ -75,14 +67,17 @@ void frmMain::UpdtSpecList() {
     // Selecting the first node is part of drawing the tree, not a click on it.
     tvwSpecs->setCurrentItem(tvwSpecs->topLevelItem(0));
     m_rebuildingTree = false;
+    // The redrawn tree's selection was not clicked, and the source path last clicked may have
+    // changed under the editor: the next click on any node shows its source path's setting.
+    strCurrentSP.clear();
 }
 
 void frmMain::tvwSpecs_NodeClick(QTreeWidgetItem* Node) {
     if (Node == nullptr || m_rebuildingTree)
         return;
-    const QString path = fullPath(Node);
-    const qsizetype bar = path.indexOf(u'|');
-    const QString name = bar >= 0 ? path.left(bar) : path;
+    // The node's source path is its root node, read from the item itself: a path may hold the
+    // "|" that a node's full path puts between its levels, so the path cannot be cut out of it.
+    const QString name = rootOf(Node)->text(0);
     if (name == strCurrentSP)
         return;
     strCurrentSP = name;

@@ -1,6 +1,7 @@
 #include "ui/options/frmFSOptions.h"
 
 #include "platform/Help.h"
+#include "platform/SlotBarrier.h"
 #include "ui/controls/DirList.h"
 #include "ui/controls/DriveList.h"
 #include "ui/controls/MainWindowViews.h"
@@ -93,13 +94,19 @@ frmFSOptions::frmFSOptions(ProgramObjects& program, QWidget* parent)
     layout->addWidget(tdgOptions, 1);
     layout->addWidget(buttons);
 
-    connect(cmdOK, &QPushButton::clicked, this, &frmFSOptions::cmdOK_Click);
-    connect(cmdCancel, &QPushButton::clicked, this, &frmFSOptions::cmdCancel_Click);
-    connect(cmdHelp, &QPushButton::clicked, this, &frmFSOptions::cmdHelp_Click);
+    connect(cmdOK, &QPushButton::clicked, this,
+            guarded(QStringLiteral("cmdOK_Click"), this, &frmFSOptions::cmdOK_Click));
+    connect(cmdCancel, &QPushButton::clicked, this,
+            guarded(QStringLiteral("cmdCancel_Click"), this, &frmFSOptions::cmdCancel_Click));
+    connect(cmdHelp, &QPushButton::clicked, this,
+            guarded(QStringLiteral("cmdHelp_Click"), this, &frmFSOptions::cmdHelp_Click));
     connect(cmdRestoreDefaults, &QPushButton::clicked, this,
-            &frmFSOptions::cmdRestoreDefaults_Click);
-    connect(drvDefPath, &DriveList::driveChanged, this, &frmFSOptions::drvDefPath_Change);
-    connect(dirDefPath, &DirList::pathChanged, this, &frmFSOptions::dirDefPath_Change);
+            guarded(QStringLiteral("cmdRestoreDefaults_Click"), this,
+                    &frmFSOptions::cmdRestoreDefaults_Click));
+    connect(drvDefPath, &DriveList::driveChanged, this,
+            guarded(QStringLiteral("drvDefPath_Change"), this, &frmFSOptions::drvDefPath_Change));
+    connect(dirDefPath, &DirList::pathChanged, this,
+            guarded(QStringLiteral("dirDefPath_Change"), this, &frmFSOptions::dirDefPath_Change));
 
     Form_Load();
 }

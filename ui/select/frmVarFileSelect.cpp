@@ -2,6 +2,7 @@
 
 #include "platform/Help.h"
 #include "platform/MsgBox.h"
+#include "platform/SlotBarrier.h"
 #include "ui/controls/DirList.h"
 #include "ui/controls/DriveList.h"
 #include "ui/controls/FileList.h"
@@ -155,18 +156,24 @@ void frmVarFileSelect::build() {
     for (qsizetype i = 1; i < order.size(); ++i)
         setTabOrder(order[i - 1], order[i]);
 
-    connect(drvVarDrives, &DriveList::driveChanged, this, &frmVarFileSelect::drvVarDrives_Change);
-    connect(dirVarDirs, &DirList::pathChanged, this, &frmVarFileSelect::dirVarDirs_Change);
+    connect(drvVarDrives, &DriveList::driveChanged, this,
+            guarded(QStringLiteral("drvVarDrives_Change"), this,
+                    &frmVarFileSelect::drvVarDrives_Change));
+    connect(
+        dirVarDirs, &DirList::pathChanged, this,
+        guarded(QStringLiteral("dirVarDirs_Change"), this, &frmVarFileSelect::dirVarDirs_Change));
     connect(filVarFiles, &controls::FileList::pathChanged, this,
-            &frmVarFileSelect::UpdateFileCount);
+            guarded(QStringLiteral("UpdateFileCount"), this, &frmVarFileSelect::UpdateFileCount));
     connect(filVarFiles, &controls::FileList::patternChanged, this,
-            &frmVarFileSelect::UpdateFileCount);
+            guarded(QStringLiteral("UpdateFileCount"), this, &frmVarFileSelect::UpdateFileCount));
     connect(filVarFiles, &controls::FileList::listChanged, this,
-            &frmVarFileSelect::UpdateFileCount);
+            guarded(QStringLiteral("UpdateFileCount"), this, &frmVarFileSelect::UpdateFileCount));
     connect(filVarFiles, &QAbstractItemView::doubleClicked, this,
-            &frmVarFileSelect::filVarFiles_DblClick);
+            guarded(QStringLiteral("filVarFiles_DblClick"), this,
+                    &frmVarFileSelect::filVarFiles_DblClick));
     connect(lstVarList, &QAbstractItemView::doubleClicked, this,
-            &frmVarFileSelect::lstVarList_DblClick);
+            guarded(QStringLiteral("lstVarList_DblClick"), this,
+                    &frmVarFileSelect::lstVarList_DblClick));
     const std::pair<QCheckBox*, FileFilter> boxes[] = {{chkShowArchive, FileFilter::Archive},
                                                        {chkShowHidden, FileFilter::Hidden},
                                                        {chkShowNormal, FileFilter::Normal},
@@ -174,14 +181,23 @@ void frmVarFileSelect::build() {
                                                        {chkShowSystem, FileFilter::System}};
     for (const auto& [box, which] : boxes) {
         connect(box, &QCheckBox::toggled, this,
-                [this, box = box, which = which] { chkShow_Click(which, box); });
+                guarded(QStringLiteral("chkShow_Click"),
+                        [this, box = box, which = which] { chkShow_Click(which, box); }));
     }
-    connect(cmdGoMask, &QPushButton::clicked, this, &frmVarFileSelect::cmdGoMask_Click);
-    connect(cmdAdd, &QPushButton::clicked, this, &frmVarFileSelect::cmdAdd_Click);
-    connect(cmdRemove, &QPushButton::clicked, this, &frmVarFileSelect::cmdRemove_Click);
-    connect(cmdSaveList, &QPushButton::clicked, this, &frmVarFileSelect::cmdSaveList_Click);
-    connect(cmdLoadList, &QPushButton::clicked, this, &frmVarFileSelect::cmdLoadList_Click);
-    connect(cmdOK, &QPushButton::clicked, this, &frmVarFileSelect::cmdOK_Click);
+    connect(cmdGoMask, &QPushButton::clicked, this,
+            guarded(QStringLiteral("cmdGoMask_Click"), this, &frmVarFileSelect::cmdGoMask_Click));
+    connect(cmdAdd, &QPushButton::clicked, this,
+            guarded(QStringLiteral("cmdAdd_Click"), this, &frmVarFileSelect::cmdAdd_Click));
+    connect(cmdRemove, &QPushButton::clicked, this,
+            guarded(QStringLiteral("cmdRemove_Click"), this, &frmVarFileSelect::cmdRemove_Click));
+    connect(
+        cmdSaveList, &QPushButton::clicked, this,
+        guarded(QStringLiteral("cmdSaveList_Click"), this, &frmVarFileSelect::cmdSaveList_Click));
+    connect(
+        cmdLoadList, &QPushButton::clicked, this,
+        guarded(QStringLiteral("cmdLoadList_Click"), this, &frmVarFileSelect::cmdLoadList_Click));
+    connect(cmdOK, &QPushButton::clicked, this,
+            guarded(QStringLiteral("cmdOK_Click"), this, &frmVarFileSelect::cmdOK_Click));
     connect(cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
     connect(cmdHelp, &QPushButton::clicked, this,
             [] { ShowHelp(kHelpContext, HelpCommand::Context); });
@@ -305,7 +321,8 @@ bool frmVarFileSelect::eventFilter(QObject* watched, QEvent* event) {
             const int key = static_cast<QKeyEvent*>(event)->key();
             if (key == Qt::Key_Return || key == Qt::Key_Enter) {
                 if (event->type() == QEvent::KeyRelease)
-                    cmdGoMask_Click();
+                    runBehindBarrier(QStringLiteral("cmdGoMask_Click"),
+                                     [this] { cmdGoMask_Click(); });
                 return true;
             }
         }

@@ -243,6 +243,39 @@ void tst_frmMain::treeClicksAndContextMenu() {
     QVERIFY(!p.objects.Spec->SPs().Item(1)->InclSubDirs());
     QVERIFY(p.objects.Spec->Dirty());
 
+    // A click on the node already selected still shows its source path's setting, also after a
+    // redraw left the row showing another one's.
+    p.main->UpdtSpecList();
+    p.main->UpdtISD(true);
+    web = p.tree()->topLevelItem(0);
+    QTest::mouseClick(p.tree()->viewport(), Qt::LeftButton, {},
+                      p.tree()->visualItemRect(web).center());
+    QCOMPARE(p.row(QStringLiteral("InclSubDirs")), QStringLiteral("No"));
+
+    // A source path whose name holds the "|" between a node's levels.
+    auto barred = p.objects.Spec->SPs().Add(QStringLiteral("/tmp/x/a|b"));
+    barred->setInclSubDirs(true);
+    barred->FGs().Add(QStringLiteral("*.TXT"))->DPs().Add(QStringLiteral("/tmp/y"));
+    p.main->UpdtSpecList();
+    QTreeWidgetItem* group = p.tree()->topLevelItem(2)->child(0);
+    p.tree()->expandAll();
+    QTest::mouseClick(p.tree()->viewport(), Qt::LeftButton, {},
+                      p.tree()->visualItemRect(group).center());
+    QCOMPARE(p.tree()->currentItem(), group);
+    QCOMPARE(p.row(QStringLiteral("InclSubDirs")), QStringLiteral("Yes"));
+
+    // A failure a handler lets pass is the common error report titled with its routine, not an
+    // end of the program: here the context command on a source path gone from the spec.
+    {
+        ScriptedMsgBox boxes;
+        p.objects.Spec->SPs().Remove(QStringLiteral("/tmp/x/a|b"));
+        isd->trigger();
+        QCOMPARE(boxes.shown().size(), 1);
+        QCOMPARE(boxes.shown()[0].title, QStringLiteral("mnuTVContextISD_Click Error"));
+        QVERIFY(boxes.shown()[0].prompt.startsWith(QStringLiteral("Error ")));
+    }
+
+    web = p.tree()->topLevelItem(0);
     p.main->mnuViewExpandTVW_Click();
     QVERIFY(web->child(1)->isExpanded());
     p.main->mnuViewContractTVW_Click();
