@@ -330,9 +330,9 @@ bool FileGroupsPage::eventFilter(QObject* watched, QEvent* event) {
 void FileGroupsPage::lstFGList_Click() {
     if (m_editor.EditMode == 0)
         return;
+    // The masks stay in the grid, now for a new group; the row header is left as it was until
+    // the next reset of the grid.
     m_editor.EndEditMode();
-    // The masks stay in the grid, now for a new group.
-    setRowHeader(QStringLiteral("New"));
 }
 
 void FileGroupsPage::cmdFGAdd_Click() {
