@@ -3,6 +3,7 @@
 #include "platform/FileSystem.h"
 #include "platform/MsgBox.h"
 #include "platform/NativePath.h"
+#include "platform/NativeText.h"
 #include "platform/SlotBarrier.h"
 #include "platform/Volumes.h"
 #include "ui/controls/DirListModel.h"
@@ -77,14 +78,14 @@ DirList::DirList(QWidget* parent) : QListView(parent), m_model(new DirListModel(
 DirList::~DirList() = default;
 
 QString DirList::Path() const {
-    return QFile::decodeName(m_path);
+    return NativeText::toText(m_path);
 }
 
 Result<void> DirList::setPath(const QString& path) {
     if (path.isEmpty())
         return Error(ErrNo::PathNotFound, kSource);
     const QString absolute = QDir::isAbsolutePath(path) ? path : Path() + QLatin1Char('/') + path;
-    return open(QFile::encodeName(QDir::cleanPath(absolute)));
+    return open(NativeText::toNative(QDir::cleanPath(absolute)));
 }
 
 Result<void> DirList::open(const QByteArray& dir) {
@@ -113,6 +114,7 @@ Result<void> DirList::open(const QByteArray& dir) {
 void DirList::watch(const QByteArray& dir) {
     if (!m_watcher.directories().isEmpty())
         m_watcher.removePaths(m_watcher.directories());
+    // The watcher takes the name in Qt's own encoding of file names, not ours.
     m_watcher.addPath(QFile::decodeName(dir));
 }
 

@@ -1,13 +1,13 @@
 #include "ui/editor/PathBrowser.h"
 
 #include "platform/MsgBox.h"
+#include "platform/NativeText.h"
 #include "platform/SlotBarrier.h"
 #include "platform/Volumes.h"
 #include "ui/controls/DirList.h"
 #include "ui/controls/DriveList.h"
 
 #include <QDir>
-#include <QFile>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -23,7 +23,7 @@ namespace {
 QString driveOf(const QString& path) {
     if (!QDir::isAbsolutePath(path))
         return path.left(1) + u':';
-    return QString::fromLocal8Bit(Volumes::mountPointOf(QFile::encodeName(path)));
+    return NativeText::toText(Volumes::mountPointOf(NativeText::toNative(path)));
 }
 
 } // namespace
