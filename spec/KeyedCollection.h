@@ -10,10 +10,12 @@
 
 namespace ondrel {
 
-// The ordered collection, keyed by name without regard to case, that each level of the spec tree
-// keeps its children in. Positions count from 1. Failures are thrown to the caller as Error:
-// 457 for a key already present, 5 for an unknown key, 9 for a position out of range.
-template <typename T> class KeyedCollection {
+// The ordered collection, keyed by name, that each level of the spec tree keeps its children in.
+// KeyCase says how two keys compare: the path levels compare as the file system does, the masks
+// of the file groups always without regard to case. Positions count from 1. Failures are thrown
+// to the caller as Error: 457 for a key already present, 5 for an unknown key, 9 for a position
+// out of range.
+template <typename T, Qt::CaseSensitivity KeyCase> class KeyedCollection {
 public:
     using ItemPtr = std::shared_ptr<T>;
 
@@ -57,8 +59,16 @@ public:
     }
 
     // Takes the entry keyed OldName out, renames Item and appends it again under NewName: a
-    // renamed item always moves to the end of its collection.
+    // renamed item always moves to the end of its collection. A NewName that another entry holds
+    // is refused (457) before anything changes; one that is OldName's own key, also spelt in
+    // another case where keys ignore case, is no clash.
     void Rename(const QString& OldName, const QString& NewName, const ItemPtr& Item) {
+        const QString oldKey = foldKey(OldName);
+        const QString newKey = foldKey(NewName);
+        if (!m_byKey.contains(oldKey))
+            throw Error(ErrNo::InvalidCall, sourceName());
+        if (newKey != oldKey && m_byKey.contains(newKey))
+            throw Error(ErrNo::DuplicateKey, sourceName());
         Remove(OldName);
         Item->setName(NewName);
         append(NewName, Item);
@@ -97,7 +107,9 @@ protected:
     }
 
 private:
-    static QString foldKey(const QString& name) { return name.toCaseFolded(); }
+    static QString foldKey(const QString& name) {
+        return KeyCase == Qt::CaseInsensitive ? name.toCaseFolded() : name;
+    }
 
     std::size_t positionOf(int Index) const {
         if (Index < 1 || Index > Count())

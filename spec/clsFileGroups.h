@@ -5,8 +5,9 @@
 
 namespace ondrel {
 
-// The file groups of one source path, in order. A group added without masks takes every file.
-class clsFileGroups : public KeyedCollection<clsFileGroup> {
+// The file groups of one source path, in order, keyed without regard to case, as masks match. A
+// group added without masks takes every file.
+class clsFileGroups : public KeyedCollection<clsFileGroup, Qt::CaseInsensitive> {
 public:
     ItemPtr Add(const QString& Name) {
         return KeyedCollection::Add(Name.isEmpty() ? QStringLiteral("*.*") : Name);

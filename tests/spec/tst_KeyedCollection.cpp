@@ -6,11 +6,29 @@ using namespace ondrel;
 
 namespace {
 
-// Runs a check against each of the three collections, which must all behave alike.
-template <typename F> void forEachCollection(F check) {
-    check(clsSourcePaths{});
-    check(clsFileGroups{});
-    check(clsDestPaths{});
+enum Kind { SourcePaths, FileGroups, DestPaths };
+const int kKinds[] = {SourcePaths, FileGroups, DestPaths};
+const char* const kKindNames[] = {"source paths", "file groups", "destination paths"};
+
+// Runs check on a new, empty collection of the kind: the three share one interface.
+template <typename F> void withCollection(int kind, F check) {
+    switch (kind) {
+    case SourcePaths:
+        return check(clsSourcePaths{});
+    case FileGroups:
+        return check(clsFileGroups{});
+    default:
+        return check(clsDestPaths{});
+    }
+}
+
+// Masks match names without regard to case everywhere; paths compare as the file system does.
+bool ignoresCase(int kind) {
+#ifdef Q_OS_WIN
+    return true;
+#else
+    return kind == FileGroups;
+#endif
 }
 
 template <typename C> QStringList names(const C& c) {
@@ -35,50 +53,78 @@ class tst_KeyedCollection : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+    void lookupAndErrors_data() {
+        QTest::addColumn<int>("kind");
+        for (int kind : kKinds)
+            QTest::addRow("%s", kKindNames[kind]) << kind;
+    }
     void lookupAndErrors() {
-        forEachCollection([](auto c) {
-            c.Add("/Data");
+        QFETCH(int, kind);
+        const bool ignores = ignoresCase(kind);
+        withCollection(kind, [&](auto c) {
+            auto data = c.Add("/Data");
             c.Add("/Web");
             QCOMPARE(c.Count(), 2);
             QCOMPARE(c.Item(2)->Name(), QString("/Web"));
-            QCOMPARE(c.Item("/DATA")->Name(), QString("/Data"));
-            QCOMPARE(errorOf([&] { c.Add("/data"); }), 457);
+            QCOMPARE(c.Item("/Data"), data);
+            QCOMPARE(errorOf([&] { c.Add("/Data"); }), 457);
+            QCOMPARE(errorOf([&] { c.Item("/DATA"); }), ignores ? 0 : 5);
             QCOMPARE(errorOf([&] { c.Item("/none"); }), 5);
             QCOMPARE(errorOf([&] { c.Item(0); }), 9);
             QCOMPARE(errorOf([&] { c.Item(3); }), 9);
             QCOMPARE(errorOf([&] { c.Remove("/none"); }), 5);
             QCOMPARE(errorOf([&] { c.Remove(-1); }), 9);
             QCOMPARE(names(c), (QStringList{"/Data", "/Web"}));
-            c.Remove("/WEB");
+            c.Remove("/Web");
             c.Remove(1);
             QCOMPARE(c.Count(), 0);
-            // A removed key can be used again.
+            // A removed key can be used again; one differing only in case is another key where
+            // keys keep case.
             c.Add("/Web");
-            QCOMPARE(c.Item(1)->Name(), QString("/Web"));
+            QCOMPARE(errorOf([&] { c.Add("/WEB"); }), ignores ? 457 : 0);
+            QCOMPARE(names(c), (ignores ? QStringList{"/Web"} : QStringList{"/Web", "/WEB"}));
         });
     }
 
-    void renameMovesToTheEnd() {
-        forEachCollection([](auto c) {
-            auto first = c.Add("a");
-            c.Add("b");
-            c.Add("c");
-            c.Rename("A", "z", first);
-            QCOMPARE(names(c), (QStringList{"b", "c", "z"}));
-            QCOMPARE(c.Item(3), first);
-            QCOMPARE(first->Key(), QString("z"));
-            QCOMPARE(c.Item("Z"), first);
-            QCOMPARE(errorOf([&] { c.Item("a"); }), 5);
-        });
+    // Items "a" and "b", then a Rename of "a"'s entry (old and new name): a renamed item moves to
+    // the end; a name another entry holds is refused with nothing changed.
+    void rename_data() {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<QStringList>("oldNew");
+        QTest::addColumn<int>("error");
+        QTest::addColumn<QStringList>("after");
+        const QStringList kept{"a", "b"};
+        for (int kind : kKinds) {
+            const bool ignores = ignoresCase(kind);
+            auto row = [kind](const char* name, const QString& from,
+                              const QString& to) -> QTestData& {
+                return QTest::addRow("%s: %s", kKindNames[kind], name)
+                       << kind << QStringList{from, to};
+            };
+            row("moves to the end", "a", "z") << 0 << QStringList{"b", "z"};
+            row("onto a taken name", "a", "b") << 457 << kept;
+            row("onto a taken name in another case", "a", "B")
+                << (ignores ? 457 : 0) << (ignores ? kept : QStringList{"b", "B"});
+            row("own name in another case", "a", "A") << 0 << QStringList{"b", "A"};
+            row("old name in another case", "A", "z")
+                << (ignores ? 0 : 5) << (ignores ? QStringList{"b", "z"} : kept);
+            row("unknown old name", "x", "b") << 5 << kept;
+        }
     }
-
-    void renameOntoTakenNameLosesTheItem() {
-        forEachCollection([](auto c) {
+    void rename() {
+        QFETCH(int, kind);
+        QFETCH(QStringList, oldNew);
+        QFETCH(int, error);
+        const QString from = oldNew.at(0);
+        const QString to = oldNew.at(1);
+        QFETCH(QStringList, after);
+        withCollection(kind, [&](auto c) {
             auto a = c.Add("a");
             c.Add("b");
-            QCOMPARE(errorOf([&] { c.Rename("a", "B", a); }), 457);
-            QCOMPARE(names(c), QStringList{"b"});
-            QCOMPARE(a->Name(), QString("B"));
+            QCOMPARE(errorOf([&] { c.Rename(from, to, a); }), error);
+            QCOMPARE(names(c), after);
+            QCOMPARE(a->Key(), error ? QString("a") : to);
+            QCOMPARE(c.Item(a->Key()), a);
         });
     }
 
@@ -121,7 +167,7 @@ private Q_SLOTS:
         copy->Item(1)->setInclSubDirs(false);
         QCOMPARE(sp->FGs().Item(1)->DPs().Count(), 1);
         QVERIFY(sp->InclSubDirs());
-        QCOMPARE(copy->Item("/SRC")->FGs().Item("*.GIF")->DPs().Count(), 2);
+        QCOMPARE(copy->Item("/src")->FGs().Item("*.GIF")->DPs().Count(), 2);
     }
 
     void specFileCreatesItsSourcePathsOnce() {

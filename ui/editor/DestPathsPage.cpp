@@ -140,12 +140,6 @@ void DestPathsPage::cmdDPAdd_Click() {
             const int at = m_editor.EditIndex;
             const auto dp =
                 dps.Item(at < lstDPList->count() ? lstDPList->item(at)->text() : QString());
-            // A name equal to another but for case is refused before Rename, which would
-            // already have taken the entry out when it fails.
-            for (const auto& other : dps) {
-                if (other != dp && other->Key().compare(path, Qt::CaseInsensitive) == 0)
-                    throw Error(ErrNo::DuplicateKey, QStringLiteral("clsDestPaths"));
-            }
             dps.Rename(dp->Name(), path, dp);
             lstDPList->item(at)->setText(path);
             m_editor.EndEditMode();

@@ -351,15 +351,6 @@ void FileGroupsPage::cmdFGAdd_Click() {
         if (editing) {
             QListWidgetItem* entry = lstFGList->item(m_editor.EditIndex);
             const auto group = groups.Item(entry != nullptr ? entry->text() : QString());
-            // Rename takes the old key out before it finds the new one taken, which would drop
-            // the group from the working copy while the list still shows it: look first.
-            try {
-                if (groups.Item(name) != group)
-                    throw Error(ErrNo::DuplicateKey, QStringLiteral("clsFileGroups"));
-            } catch (const Error& lookup) {
-                if (lookup.number() != ErrNo::InvalidCall)
-                    throw;
-            }
             groups.Rename(group->Name(), name, group);
             entry->setText(name);
         } else {

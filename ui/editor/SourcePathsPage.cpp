@@ -123,13 +123,6 @@ void SourcePathsPage::cmdSPAdd_Click() {
         if (m_editor.EditMode == 1) {
             const int at = m_editor.EditIndex;
             const auto sp = sps.Item(lstSPList->item(at)->text());
-            // The list compares with case and the collection without: a name that differs from
-            // another only in case is refused before Rename, which would already have taken the
-            // entry out when it fails.
-            for (const auto& other : sps) {
-                if (other != sp && other->Key().compare(path, Qt::CaseInsensitive) == 0)
-                    throw Error(ErrNo::DuplicateKey, QStringLiteral("clsSourcePaths"));
-            }
             sps.Rename(sp->Name(), path, sp);
             lstSPList->item(at)->setText(path);
             m_editor.cboSPs->setItemText(at, path);
