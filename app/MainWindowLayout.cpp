@@ -1,5 +1,6 @@
 #include "app/MainWindowLayout.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace ondrel {
@@ -18,8 +19,9 @@ MainWindowLayout::Panes MainWindowLayout::SizeControls(double X, const Window& w
 
     p.list.left = x + kGrid;
     p.list.width = window.outerWidth - (p.list.left + kRightMargin);
-    p.optionColumnWidth = (p.list.width - kColumnReserve) * 0.75;
-    p.settingColumnWidth = (p.list.width - kColumnReserve) * 0.25;
+    const Columns columns = columnWidths(p.list.width, window);
+    p.optionColumnWidth = columns.option;
+    p.settingColumnWidth = columns.setting;
     p.listCaption.left = p.list.left + kCaptionIndent;
     p.listCaption.width = p.list.width - kGrid;
 
@@ -39,6 +41,19 @@ MainWindowLayout::Panes MainWindowLayout::SizeControls(double X, const Window& w
     p.splitter.top = window.titleTop;
     p.splitter.height = p.tree.height + window.titleHeight;
     return p;
+}
+
+MainWindowLayout::Columns MainWindowLayout::columnWidths(double listWidth, const Window& window) {
+    const double shared = listWidth - kColumnReserve;
+    const double needs = window.optionColumnNeeds + window.settingColumnNeeds;
+    if (shared >= needs) {
+        const double left = shared - needs;
+        return {window.optionColumnNeeds + left * 0.75, window.settingColumnNeeds + left * 0.25};
+    }
+    // Too narrow for both: the reserve is given up, and the labels come first.
+    const double room = std::max(shared, listWidth - window.listFrame);
+    const double option = std::min(window.optionColumnNeeds, room);
+    return {option, room - option};
 }
 
 double MainWindowLayout::dragPosition(double x, double windowWidth) {

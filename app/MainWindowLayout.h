@@ -32,6 +32,8 @@ public:
     static constexpr int kMinWindowWidth = 3500;
     // With the options pane hidden, the splitter sits this far short of the window's width.
     static constexpr int kHiddenPaneOffset = 120;
+    // The tool bar's images: 16 pixels on a screen of 96 dots per inch, more on a denser one.
+    static constexpr int kToolbarImage = 240;
 
     // What the layout depends on besides the splitter position.
     struct Window {
@@ -43,6 +45,16 @@ public:
         double titleHeight = 0;
         // The splitter as the previous layout left it: the drag bar is made ready from it.
         TwipsRect splitter;
+        // What the list's columns need to show their longest label and their longest value whole,
+        // and what the list's frame takes of its width (0 when not known).
+        double optionColumnNeeds = 0;
+        double settingColumnNeeds = 0;
+        double listFrame = 0;
+    };
+
+    struct Columns {
+        double option = 0;
+        double setting = 0;
     };
 
     struct Panes {
@@ -58,6 +70,11 @@ public:
 
     // Lays the panes out with the splitter at X (rounded, then down to the grid).
     static Panes SizeControls(double X, const Window& window);
+    // The widths of the list's two columns for a list this wide: each gets what its longest text
+    // needs, and the two shares (three quarters, one quarter) divide what is left of the list's
+    // width less the reserve. A list too narrow for that gives up the reserve, up to its frame,
+    // and shows the labels whole before the values.
+    static Columns columnWidths(double listWidth, const Window& window);
 
     // Where a drag puts the bar for a mouse at x: never closer than the margin to either edge.
     static double dragPosition(double x, double windowWidth);

@@ -1,6 +1,6 @@
 // The windowed program's start-up, as its main runs it (SubMain itself, with the program's
 // message-box, file-dialog and help handlers), ending at the main window's first paint. Prints
-// the window's size in pixels (WIDTHxHEIGHT) for bench_emptywindow.
+// the window's size in pixels (WIDTHxHEIGHT) for bench_plainwindow.
 // Usage: bench_startup PROGRAM_DIRECTORY   (where the options file is read from)
 #include "bench/FirstPaint.h"
 #include "ui/main/ProgramSetup.h"

@@ -12,6 +12,8 @@ private Q_SLOTS:
     void sizeControls();
     void limits_data();
     void limits();
+    void columnWidths_data();
+    void columnWidths();
 };
 
 namespace {
@@ -91,6 +93,32 @@ void tst_MainWindowLayout::limits() {
     QFETCH(double, resize);
     QCOMPARE(MainWindowLayout::resizedSplitter(x, 7005), resize);
     QCOMPARE(MainWindowLayout::hiddenPaneSplitter(7005), 6885.0);
+}
+
+void tst_MainWindowLayout::columnWidths_data() {
+    QTest::addColumn<double>("listWidth");
+    QTest::addColumn<double>("option");
+    QTest::addColumn<double>("setting");
+    // The longest label needs 3045 twips, the longest value 810; the list's frame takes 30.
+    QTest::newRow("wide: the shares divide what the texts leave")
+        << 7000.0 << 3045 + (7000 - 650 - 3855) * 0.75 << 810 + (7000 - 650 - 3855) * 0.25;
+    QTest::newRow("exactly wide enough with the reserve") << 4505.0 << 3045.0 << 810.0;
+    QTest::newRow("default width: the reserve given up, labels first")
+        << 3485.0 << 3045.0 << 3485 - 30 - 3045.0;
+    QTest::newRow("narrower than a label") << 2000.0 << 1970.0 << 0.0;
+}
+
+void tst_MainWindowLayout::columnWidths() {
+    QFETCH(double, listWidth);
+    MainWindowLayout::Window w = window(true);
+    w.optionColumnNeeds = 3045;
+    w.settingColumnNeeds = 810;
+    w.listFrame = 30;
+    const MainWindowLayout::Columns c = MainWindowLayout::columnWidths(listWidth, w);
+    QFETCH(double, option);
+    QCOMPARE(c.option, option);
+    QFETCH(double, setting);
+    QCOMPARE(c.setting, setting);
 }
 
 QTEST_GUILESS_MAIN(tst_MainWindowLayout)

@@ -1,12 +1,7 @@
 #include "ui/main/MainIcons.h"
 
+#include "ui/main/BitmapIconEngine.h"
 #include "ui/main/SpecTreeNodes.h"
-
-// The drawings are compiled into this static library; a program that links it pulls the resource
-// in only when something calls its initialiser, which must be called outside any namespace.
-static void initMainIcons() {
-    Q_INIT_RESOURCE(MainIcons);
-}
 
 namespace ondrel {
 
@@ -14,18 +9,27 @@ namespace {
 
 struct IconNames {
     const char* theme;   // freedesktop icon name
-    const char* drawing; // file name, without ".svg", of the drawing shipped with the program
+    const char* drawing; // name of the drawing shipped with the program
 };
 
-QIcon drawing(const char* name) {
-    static const bool loaded = (initMainIcons(), true);
-    Q_UNUSED(loaded);
-    return QIcon(QStringLiteral(":/ondrel/icons/%1.svg").arg(QLatin1String(name)));
+// A drawing shipped with the program, rendered to bitmaps when the program was built: 16 pixels
+// for the tool bar and the tree, 32 for a screen of twice the density (both drawn from the SVG at
+// their own size, so neither is blurred by scaling).
+QIcon drawing(const char* name, const QList<int>& sizes = {16, 32}) {
+    return QIcon(new BitmapIconEngine(
+        QStringLiteral(":/ondrel/icons/%1-").arg(QLatin1String(name)) + QStringLiteral("%1.png"),
+        sizes));
 }
 
 // The desktop's icon theme comes first, so the window matches the desktop; the drawing stands in
 // where there is no theme (a fresh machine, a virtual display) or the theme lacks the name.
+// "hicolor", what a desktop without a theme of its own reports, is the shared fallback of
+// applications' own icons and holds none of the standard names asked for here: looking them up
+// in it would read its index of several hundred folders at every start for nothing.
 QIcon themedIcon(const IconNames& names) {
+    const QString theme = QIcon::themeName();
+    if (theme.isEmpty() || theme == QLatin1String("hicolor"))
+        return drawing(names.drawing);
     return QIcon::fromTheme(QLatin1String(names.theme), drawing(names.drawing));
 }
 
@@ -73,7 +77,7 @@ QIcon treeImage(int index) {
 
 QIcon programIcon() {
     // Always the program's own drawing: it is what tells this program's windows apart.
-    return drawing("program");
+    return drawing("program", {16, 32, 48, 64});
 }
 
 } // namespace ondrel

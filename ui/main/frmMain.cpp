@@ -54,7 +54,10 @@ void frmMain::buildControls() {
     tbrToolBar = new QToolBar(m_client);
     tbrToolBar->setObjectName(QStringLiteral("tbrToolBar"));
     tbrToolBar->setAccessibleName(QStringLiteral("Toolbar"));
-    tbrToolBar->setIconSize(QSize(24, 24));
+    // Images of the size the bar was designed for, so that every button shows at the window's
+    // first size; Qt draws them from the 32-pixel bitmaps on a screen of twice the density.
+    const int image = scale().toPixels(MainWindowLayout::kToolbarImage);
+    tbrToolBar->setIconSize(QSize(image, image));
 
     picTitles = new QWidget(m_client);
     picTitles->setObjectName(QStringLiteral("picTitles"));
@@ -75,6 +78,8 @@ void frmMain::buildControls() {
     tvwSpecs->setHeaderHidden(true);
     tvwSpecs->setSelectionMode(QAbstractItemView::SingleSelection);
     tvwSpecs->viewport()->installEventFilter(this);
+    // The splitter may be dropped on the tree (frmMainLayout.cpp); nothing else is.
+    tvwSpecs->viewport()->setAcceptDrops(true);
     tvwSpecs->installEventFilter(this);
     // A click runs the node click even on the node already selected; a move by the keyboard
     // changes the current node without a click.

@@ -85,6 +85,9 @@ public:
     void tbrToolBar_ButtonClick(const QString& Key);
     void tvwSpecs_NodeClick(QTreeWidgetItem* Node);
     void tvwSpecs_MouseUp(Qt::MouseButton Button, const QPoint& at);
+    // A control dropped on the tree at X (twips): the splitter lays the panes out there, without
+    // storing the position as a drag's release does; anything else is ignored.
+    void tvwSpecs_DragDrop(QObject* Source, double X);
 
 protected:
     void closeEvent(QCloseEvent* event) override;

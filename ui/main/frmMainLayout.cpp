@@ -4,19 +4,53 @@
 
 #include "app/Module1.h"
 #include "platform/SlotBarrier.h"
+#include "staging/basLibrary.h"
 #include "ui/controls/ProgramObjects.h"
 
+#include <QDropEvent>
 #include <QFrame>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QMouseEvent>
 #include <QStatusBar>
+#include <QStyle>
 #include <QToolBar>
 #include <QTreeWidget>
 
+#include <algorithm>
+
 namespace ondrel {
+
+namespace {
+
+// The pixels the staging-options list's column needs to show its longest text whole: the widest
+// of its header and of the texts its rows can hold (every label, every value a setting can show),
+// with the margins the style puts around an item's text.
+int columnNeeds(const QTreeWidget* list, int column) {
+    QStringList texts;
+    if (column == 0) {
+        for (int i = 0; i < list->topLevelItemCount(); ++i)
+            texts.append(list->topLevelItem(i)->text(0));
+    } else {
+        texts = {basLibrary::YesNo(true), basLibrary::YesNo(false)};
+        for (qint16 mode = 0; mode <= 3; ++mode)
+            texts.append(OverwriteModeText(mode));
+    }
+    const QFontMetrics metrics = list->fontMetrics();
+    const int margin = list->style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, list) + 1;
+    int needs = list->header()->isHidden() ? 0 : list->header()->sectionSizeHint(column);
+    for (const QString& text : texts)
+        needs = std::max(needs, metrics.horizontalAdvance(text) + 2 * margin);
+    return needs;
+}
+
+// The type of a drag that carries one of the window's controls: its object name.
+const QString kControlMimeType = QStringLiteral("application/x-ondrel-control");
+
+} // namespace
 
 double frmMain::splitterLeft() const {
     return m_splitterRect.left;
@@ -43,6 +77,9 @@ MainWindowLayout::Window frmMain::layoutInputs() const {
     w.splitter = m_splitterRect;
     if (w.splitter.width <= 0)
         w.splitter.width = s.toTwips(6);
+    w.optionColumnNeeds = s.toTwips(columnNeeds(lvwSPProps, 0));
+    w.settingColumnNeeds = s.toTwips(columnNeeds(lvwSPProps, 1));
+    w.listFrame = s.toTwips(2 * lvwSPProps->frameWidth());
     return w;
 }
 
@@ -66,8 +103,8 @@ void frmMain::SizeControls(double X) {
     lblSpecInfo[0]->setGeometry(s.toPixels(p.tree.left), 0, s.toPixels(p.treeCaption.width),
                                 picTitles->height());
     place(lvwSPProps, p.list);
-    lvwSPProps->setColumnWidth(0, s.toPixels(p.optionColumnWidth));
-    lvwSPProps->setColumnWidth(1, s.toPixels(p.settingColumnWidth));
+    lvwSPProps->setColumnWidth(0, std::max(0, s.toPixels(p.optionColumnWidth)));
+    lvwSPProps->setColumnWidth(1, std::max(0, s.toPixels(p.settingColumnWidth)));
     lblSpecInfo[1]->setGeometry(s.toPixels(p.listCaption.left), 0,
                                 std::max(0, s.toPixels(p.listCaption.width)), picTitles->height());
     place(picSplitter, p.dragBar);
@@ -130,6 +167,11 @@ void frmMain::imgSplitter_MouseUp() {
     bMoving = false;
 }
 
+void frmMain::tvwSpecs_DragDrop(QObject* Source, double X) {
+    if (Source == imgSplitter)
+        SizeControls(X);
+}
+
 bool frmMain::eventFilter(QObject* watched, QEvent* event) {
     if (watched == imgSplitter) {
         switch (event->type()) {
@@ -164,6 +206,31 @@ bool frmMain::eventFilter(QObject* watched, QEvent* event) {
         }
     }
     if (watched == tvwSpecs->viewport()) {
+        // A drag names the control it carries by its name, in a type of this program's own.
+        switch (event->type()) {
+        case QEvent::DragEnter:
+        case QEvent::DragMove:
+        case QEvent::Drop: {
+            auto* drag = static_cast<QDropEvent*>(event);
+            QObject* source = nullptr;
+            if (drag->mimeData()->hasFormat(kControlMimeType)) {
+                source = findChild<QObject*>(
+                    QString::fromUtf8(drag->mimeData()->data(kControlMimeType)));
+            }
+            if (source == nullptr) {
+                drag->ignore(); // the tree takes no other drops
+                return true;
+            }
+            drag->acceptProposedAction();
+            if (event->type() == QEvent::Drop) {
+                const QPoint at = tvwSpecs->viewport()->mapTo(m_client, drag->position().toPoint());
+                tvwSpecs_DragDrop(source, scale().toTwips(at.x()));
+            }
+            return true;
+        }
+        default:
+            break;
+        }
         // A right click opens the context menu for the node already selected; it does not
         // select the node under the mouse.
         if (event->type() == QEvent::MouseButtonPress ||

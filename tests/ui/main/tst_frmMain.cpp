@@ -18,6 +18,7 @@
 #include <QFile>
 #include <QLabel>
 #include <QMenu>
+#include <QMimeData>
 #include <QMouseEvent>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -111,6 +112,7 @@ private Q_SLOTS:
     void closingAsksToSaveFirst();
     void stagesWithALog();
     void splitterDragStaysInBounds();
+    void defaultSizeShowsEveryButtonAndLabel();
     void badOptionsFileEndsWithAReport();
     void everyControlHasANameForScreenReaders();
     void helpMenuOpensItsTopics();
@@ -413,6 +415,36 @@ void tst_frmMain::splitterDragStaysInBounds() {
     QCOMPARE(p.main->splitterLeft(), 1500.0);
     QCOMPARE(p.objects.Settings->SplitterLoc(), 1500);
     QVERIFY(!p.find<QWidget>(QStringLiteral("picSplitter"))->isVisible());
+
+    // Dropped on the tree, the splitter lays the panes out there but stores nothing; a drop of
+    // anything else changes nothing.
+    QWidget* tree = p.tree()->viewport();
+    const int at =
+        tree->mapFrom(p.main->centralWidget(), QPoint(p.main->scale().toPixels(2400), 0)).x();
+    for (const QByteArray& carried : {QByteArray("imgSplitter"), QByteArray("tvwSpecs.other")}) {
+        QMimeData data;
+        data.setData(QStringLiteral("application/x-ondrel-control"), carried);
+        QDragEnterEvent enter(QPoint(at, 5), Qt::MoveAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(tree, &enter);
+        QCOMPARE(enter.isAccepted(), carried == "imgSplitter");
+        QDropEvent drop(QPointF(at, 5), Qt::MoveAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(tree, &drop);
+    }
+    QCOMPARE(p.main->splitterLeft(), 2400.0);
+    QCOMPARE(p.objects.Settings->SplitterLoc(), 1500);
+}
+
+void tst_frmMain::defaultSizeShowsEveryButtonAndLabel() {
+    QTemporaryDir dir;
+    Program p(dir.path());
+    QCOMPARE(p.main->size(), QSize(p.main->scale().toPixels(7005), p.main->scale().toPixels(5505)));
+    auto* bar = p.find<QToolBar>(QStringLiteral("tbrToolBar"));
+    QVERIFY(p.find<QToolButton>(QStringLiteral("What'sThis"))->isVisible());
+    QVERIFY(!bar->findChild<QWidget*>(QStringLiteral("qt_toolbar_ext_button"))->isVisible());
+    auto* list = p.find<QTreeWidget>(QStringLiteral("lvwSPProps"));
+    const int longest = static_cast<QAbstractItemView*>(list)->sizeHintForColumn(0);
+    QVERIFY2(list->columnWidth(0) >= longest, qPrintable(QString::number(longest)));
+    QVERIFY(list->columnWidth(0) + list->columnWidth(1) <= list->viewport()->width());
 }
 
 void tst_frmMain::badOptionsFileEndsWithAReport() {
