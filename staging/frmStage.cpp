@@ -42,6 +42,9 @@ QLabel* addLine(QGridLayout* grid, const QString& caption, const char* name) {
     // The text is elided to the label's width; it must never widen the window.
     value->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     value->setMinimumWidth(1);
+    // A screen reader reads the value, whole, as the label's name (applyPending), and the
+    // caption as what it is.
+    value->setAccessibleDescription(QString(caption).remove(u':'));
     grid->addWidget(captionLabel, row, 0);
     grid->addWidget(value, row, 1);
     return value;
@@ -76,6 +79,7 @@ frmStage::frmStage(const clsSpecFile& spec, const clsOndrelApp& settings,
     pbrProgress->setObjectName(QStringLiteral("pbrProgress"));
     // The bar measures one directory at a time; a percentage would suggest the whole run.
     pbrProgress->setTextVisible(false);
+    pbrProgress->setAccessibleName(QStringLiteral("Progress in this directory"));
     pbrProgress->setRange(0, 1);
     pbrProgress->setValue(0);
 
@@ -228,6 +232,7 @@ void frmStage::applyPending() {
             label->fontMetrics().elidedText(text, Qt::ElideMiddle, label->contentsRect().width());
         label->setText(shown);
         label->setToolTip(shown == text ? QString() : plainToolTip(text));
+        label->setAccessibleName(text);
     }
     if (m_progressChanged) {
         m_progressChanged = false;

@@ -75,6 +75,8 @@ frmStageInfo::frmStageInfo(const QString& title, const QString& text, QWidget* p
     const qreal tabStop = tabStopFor(lines, txtInfo->fontMetrics());
     txtInfo->setTabStopDistance(tabStop);
     txtInfo->setPlainText(lines);
+    // The title is the summary's caption, and so its name for a screen reader.
+    lblTitle->setBuddy(txtInfo);
 
     cmdOK = new QPushButton(tr("OK"));
     cmdOK->setObjectName(QStringLiteral("cmdOK"));

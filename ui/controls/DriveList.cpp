@@ -24,7 +24,8 @@ Error deviceUnavailable() {
 } // namespace
 
 DriveList::DriveList(QWidget* parent) : QComboBox(parent) {
-    setAccessibleName(QStringLiteral("Drive"));
+    // The list is named by its caption ("Drive:"), the label whose buddy it is; what drops down
+    // by what it holds.
     view()->setAccessibleName(QStringLiteral("Drives"));
     setFocusPolicy(Qt::StrongFocus);
     setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);

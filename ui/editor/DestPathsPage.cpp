@@ -8,6 +8,7 @@
 #include "ui/editor/PathBrowser.h"
 #include "ui/editor/frmCESpecs.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -28,7 +29,7 @@ const QString kAddError = QStringLiteral("Add Destination Path Error");
 DestPathsPage::DestPathsPage(frmCESpecs& editor, QWidget* parent) : EditorPage(editor, parent) {
     cboDPFGs = new QComboBox(this);
     cboDPFGs->setObjectName(QStringLiteral("cboDPFGs"));
-    cboDPFGs->setAccessibleName(QStringLiteral("File group"));
+    cboDPFGs->view()->setAccessibleName(QStringLiteral("File groups"));
     auto* lblGroups = new QLabel(QStringLiteral("File &Group:"), this);
     lblGroups->setBuddy(cboDPFGs);
 

@@ -9,6 +9,7 @@
 #include "ui/editor/FileGroupsPage.h"
 #include "ui/editor/SourcePathsPage.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
@@ -42,7 +43,7 @@ frmCESpecs::frmCESpecs(ProgramObjects& program, QWidget* parent)
     lblSPs->setObjectName(QStringLiteral("lblSPs"));
     cboSPs = new QComboBox(this);
     cboSPs->setObjectName(QStringLiteral("cboSPs"));
-    cboSPs->setAccessibleName(QStringLiteral("Source path"));
+    cboSPs->view()->setAccessibleName(QStringLiteral("Source paths"));
     lblSPs->setBuddy(cboSPs);
 
     tdgCESpecs = new QTabWidget(this);

@@ -1,6 +1,7 @@
 #include "ui/help/HelpIndexPane.h"
 #include "platform/SlotBarrier.h"
 
+#include <QAction>
 #include <QCoreApplication>
 #include <QHelpEngine>
 #include <QHelpIndexWidget>
@@ -20,6 +21,9 @@ HelpIndexPane::HelpIndexPane(QHelpEngine* engine, QWidget* parent)
     m_keyword->setObjectName(QStringLiteral("txtHelpIndexKeyword"));
     m_keyword->setAccessibleName(tr("Index word"));
     m_keyword->setClearButtonEnabled(true);
+    // Qt leaves the clear button without a name; its action gives it one.
+    if (auto* clear = m_keyword->findChild<QAction*>(QStringLiteral("_q_qlineeditclearaction")))
+        clear->setText(QStringLiteral("Clear"));
     m_list->setParent(this);
     m_list->setObjectName(QStringLiteral("lstHelpIndex"));
     m_list->setAccessibleName(tr("Index words"));

@@ -1,6 +1,7 @@
 #include "ui/help/HelpSearchPane.h"
 #include "platform/SlotBarrier.h"
 
+#include <QAction>
 #include <QHelpSearchEngine>
 #include <QHelpSearchResult>
 #include <QLabel>
@@ -20,6 +21,9 @@ HelpSearchPane::HelpSearchPane(QHelpSearchEngine* engine, QWidget* parent)
     m_words->setObjectName(QStringLiteral("txtHelpSearchWords"));
     m_words->setAccessibleName(tr("Words to find"));
     m_words->setClearButtonEnabled(true);
+    // Qt leaves the clear button without a name; its action gives it one.
+    if (auto* clear = m_words->findChild<QAction*>(QStringLiteral("_q_qlineeditclearaction")))
+        clear->setText(QStringLiteral("Clear"));
     m_searchButton->setObjectName(QStringLiteral("cmdHelpSearch"));
     m_searchButton->setAccessibleName(tr("Find topics"));
     auto* resultsLabel = new QLabel(tr("&Topics found:"), this);

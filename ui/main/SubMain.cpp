@@ -1,6 +1,7 @@
 #include "ui/main/SubMain.h"
 
 #include "platform/MsgBox.h"
+#include "ui/controls/AccessibleComboBox.h"
 #include "ui/controls/ProgramObjects.h"
 #include "ui/editor/frmCESpecs.h"
 #include "ui/main/QtScreenMetrics.h"
@@ -12,6 +13,7 @@ namespace ondrel {
 
 std::unique_ptr<frmMain> createProgramObjects(ProgramObjects& program,
                                               const ScreenMetrics& screen) {
+    installAccessibleComboBoxes();
     auto main = std::make_unique<frmMain>(program);
     program.CESpecs = new frmCESpecs(program, main.get());
     program.Settings = std::make_unique<clsOndrelApp>(screen, program.programDirectory);

@@ -13,6 +13,7 @@ class frmMain;
 
 // Creates the program-wide objects in their order: the main window, the spec editor, the
 // settings (at their defaults) and the current spec; the individual file selection starts empty.
+// Before them it installs the accessible form of the combo boxes (installAccessibleComboBoxes).
 // No window is shown and the options file is not read yet.
 std::unique_ptr<frmMain> createProgramObjects(ProgramObjects& program, const ScreenMetrics& screen);
 

@@ -68,7 +68,9 @@ void frmMain::buildControls() {
         bold.setBold(true);
         lblSpecInfo[i]->setFont(bold);
     }
-    lblSpecInfo[0]->setAccessibleName(QStringLiteral("Spec file"));
+    // The caption shows the open spec's name; with no accessible name of its own, that name is
+    // what a screen reader reads.
+    lblSpecInfo[0]->setAccessibleDescription(QStringLiteral("Spec file"));
     lblSpecInfo[1]->setText(QStringLiteral("Staging Options"));
     picTitles->setFixedHeight(lblSpecInfo[0]->sizeHint().height() + 6);
 
@@ -125,8 +127,10 @@ void frmMain::buildControls() {
     statusBar()->addWidget(status, 1);
     m_statusDate = new QLabel(statusBar());
     m_statusDate->setObjectName(QStringLiteral("Date"));
+    m_statusDate->setAccessibleDescription(QStringLiteral("Date"));
     m_statusTime = new QLabel(statusBar());
     m_statusTime->setObjectName(QStringLiteral("Time"));
+    m_statusTime->setAccessibleDescription(QStringLiteral("Time"));
     statusBar()->addPermanentWidget(m_statusDate);
     statusBar()->addPermanentWidget(m_statusTime);
     auto updateClock = [this] {

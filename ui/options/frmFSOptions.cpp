@@ -131,7 +131,6 @@ QWidget* frmFSOptions::buildUserOptions() {
     fraDefPath->setObjectName(QStringLiteral("fraDefPath"));
     drvDefPath = new DriveList(fraDefPath);
     drvDefPath->setObjectName(QStringLiteral("drvDefPath"));
-    drvDefPath->setAccessibleName(QStringLiteral("Default drive"));
     dirDefPath = new DirList(fraDefPath);
     dirDefPath->setObjectName(QStringLiteral("dirDefPath"));
     dirDefPath->setAccessibleName(QStringLiteral("Default directory"));
@@ -169,8 +168,12 @@ QWidget* frmFSOptions::buildStagingOptions() {
         overwrite->addWidget(button);
         optOverwrite[size_t(mode)] = button;
     }
-    connect(m_overwriteGroup, &QButtonGroup::idClicked, this,
-            [this](int mode) { m_overwriteIndex = mode; });
+    // The mode follows the buttons' state, however a button came to be checked: a click, the
+    // keyboard, or a screen reader's action, which checks it without a click.
+    connect(m_overwriteGroup, &QButtonGroup::idToggled, this, [this](int mode, bool checked) {
+        if (checked)
+            m_overwriteIndex = mode;
+    });
     layout->addWidget(fraOverwrite);
 
     auto* fraInclAttribs = new QGroupBox(QStringLiteral("Include Files With Attributes:"), page);

@@ -25,10 +25,15 @@ namespace ondrel {
 
 namespace {
 
-template <typename T> T* named(T* widget, const char* name, const QString& accessibleName) {
+// A combo box is named by its caption, the label whose buddy it is; the others get a name here.
+template <typename T> T* named(T* widget, const char* name) {
     widget->setObjectName(QString::fromLatin1(name));
-    widget->setAccessibleName(accessibleName);
     return widget;
+}
+
+template <typename T> T* named(T* widget, const char* name, const QString& accessibleName) {
+    widget->setAccessibleName(accessibleName);
+    return named(widget, name);
 }
 
 QPushButton* button(QWidget* parent, const char* name, const QString& caption,
@@ -55,10 +60,12 @@ frmVarFileSelect::frmVarFileSelect(ProgramObjects& program, QWidget* parent)
 }
 
 void frmVarFileSelect::build() {
-    drvVarDrives = named(new DriveList(this), "drvVarDrives", QStringLiteral("Drive"));
+    drvVarDrives = named(new DriveList(this), "drvVarDrives");
     dirVarDirs = named(new DirList(this), "dirVarDirs", QStringLiteral("Directories"));
     filVarFiles = named(new controls::FileList(this), "filVarFiles", QStringLiteral("Files"));
-    lblFileCount = named(new QLabel(this), "lblFileCount", QStringLiteral("Number of files"));
+    // The count is what the label says: its text is its name.
+    lblFileCount = named(new QLabel(this), "lblFileCount");
+    lblFileCount->setAccessibleDescription(QStringLiteral("Number of files"));
     txtFileSelMask = named(new QLineEdit(this), "txtFileSelMask", QStringLiteral("File mask"));
     cmdGoMask = button(this, "cmdGoMask", QStringLiteral("&Go"), QStringLiteral("Apply mask"));
     chkShowArchive = named(new QCheckBox(QStringLiteral("A&rchive"), this), "chkShowArchive",

@@ -9,6 +9,7 @@
 #include "ui/main/frmMain.h"
 #include "ui/options/frmFSOptions.h"
 
+#include <QAccessible>
 #include <QAction>
 #include <QCheckBox>
 #include <QFile>
@@ -96,6 +97,33 @@ private Q_SLOTS:
               "InclArc=False", "InclHid=False", "InclRO=False", "InclSys=False"})
             QVERIFY2(written.contains(QByteArray(line) + "\r\n"), line);
         QVERIFY(written.contains("DefaultPath=" + out.toUtf8() + "\r\n"));
+    }
+
+    // OK stores the mode of the button that is checked, however it came to be: the arrow keys,
+    // or a screen reader's Toggle action, which checks a button without a click.
+    void overwriteModeFollowsTheCheckedButton_data() {
+        QTest::addColumn<bool>("byScreenReader");
+        QTest::newRow("arrow key") << false;
+        QTest::newRow("screen reader") << true;
+    }
+    void overwriteModeFollowsTheCheckedButton() {
+        QFETCH(bool, byScreenReader);
+        QTemporaryDir dir;
+        Program p(dir.path(), "[FSOptions]\r\nOverwrite=2\r\n");
+        p.withOptions("mnuEditFSOptionsStaging", [&](frmFSOptions* d) {
+            auto* always = child<QRadioButton>(d, "optOverwrite(2)");
+            auto* never = child<QRadioButton>(d, "optOverwrite(3)");
+            if (byScreenReader) {
+                QAccessible::queryAccessibleInterface(never)->actionInterface()->doAction(
+                    QAccessibleActionInterface::toggleAction());
+            } else {
+                always->setFocus();
+                QTest::keyClick(always, Qt::Key_Down);
+            }
+            QVERIFY(never->isChecked());
+            d->cmdOK_Click();
+        });
+        QCOMPARE(p.objects.Settings->Overwrite(), qint16(3));
     }
 
     // Restore Defaults takes effect at once, moves the main window home, and Cancel keeps it.
