@@ -63,16 +63,16 @@ frmStage::frmStage(const clsSpecFile& spec, const clsOndrelApp& settings,
                    const QString& programDirectory, QWidget* parent)
     : QDialog(parent), m_run(spec, settings, VariousFiles, *this, ops, log, programDirectory) {
     setObjectName(QStringLiteral("frmStage"));
-    setWindowTitle(tr("Staging Files"));
+    setWindowTitle(QStringLiteral("Staging Files"));
     setModal(true);
 
     auto* grid = new QGridLayout;
     grid->setColumnStretch(1, 1);
-    lblSP = addLine(grid, tr("Source Path:"), "lblSP");
-    lblFG = addLine(grid, tr("File Group:"), "lblFG");
-    lblCurDir = addLine(grid, tr("Directory:"), "lblCurDir");
-    lblSourceFile = addLine(grid, tr("Copying:"), "lblSourceFile");
-    lblDestFile = addLine(grid, tr("To:"), "lblDestFile");
+    lblSP = addLine(grid, QStringLiteral("Source Path:"), "lblSP");
+    lblFG = addLine(grid, QStringLiteral("File Group:"), "lblFG");
+    lblCurDir = addLine(grid, QStringLiteral("Directory:"), "lblCurDir");
+    lblSourceFile = addLine(grid, QStringLiteral("Copying:"), "lblSourceFile");
+    lblDestFile = addLine(grid, QStringLiteral("To:"), "lblDestFile");
     m_lineLabels = {lblSP, lblFG, lblCurDir, lblSourceFile, lblDestFile};
 
     pbrProgress = new QProgressBar;
@@ -85,7 +85,7 @@ frmStage::frmStage(const clsSpecFile& spec, const clsOndrelApp& settings,
 
     lblCopiedCount = new QLabel;
     lblCopiedCount->setObjectName(QStringLiteral("lblCopiedCount"));
-    cmdCancel = new QPushButton(tr("Cancel"));
+    cmdCancel = new QPushButton(QStringLiteral("Cancel"));
     cmdCancel->setObjectName(QStringLiteral("cmdCancel"));
     cmdCancel->setAutoDefault(false);
     connect(cmdCancel, &QPushButton::clicked, this,
@@ -244,7 +244,7 @@ void frmStage::applyPending() {
     if (m_copiedChanged) {
         m_copiedChanged = false;
         lblCopiedCount->setText(
-            tr("Files copied: %1").arg(QLocale::system().toString(m_copiedCount)));
+            QStringLiteral("Files copied: %1").arg(QLocale::system().toString(m_copiedCount)));
     }
 }
 

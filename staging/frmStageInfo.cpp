@@ -78,7 +78,7 @@ frmStageInfo::frmStageInfo(const QString& title, const QString& text, QWidget* p
     // The title is the summary's caption, and so its name for a screen reader.
     lblTitle->setBuddy(txtInfo);
 
-    cmdOK = new QPushButton(tr("OK"));
+    cmdOK = new QPushButton(QStringLiteral("OK"));
     cmdOK->setObjectName(QStringLiteral("cmdOK"));
     cmdOK->setDefault(true);
     connect(cmdOK, &QPushButton::clicked, this,

@@ -60,10 +60,11 @@ PathBrowser::PathBrowser(const QString& prefix, QWidget* page) : QObject(page) {
             guarded(QStringLiteral("drvDrives_Change"), this, &PathBrowser::drvDrives_Change));
     connect(directories, &DirList::pathChanged, this,
             guarded(QStringLiteral("lblCurPath_Click"), this, &PathBrowser::lblCurPath_Click));
-    connect(m_caption, &QPushButton::clicked, this, [this] {
-        lblCurPath_Click();
-        m_box->setFocus();
-    });
+    connect(m_caption, &QPushButton::clicked, this,
+            guarded(QStringLiteral("lblCurPath_Click"), [this] {
+                lblCurPath_Click();
+                m_box->setFocus();
+            }));
 }
 
 QString PathBrowser::path() const {

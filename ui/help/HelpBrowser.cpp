@@ -14,7 +14,7 @@ const QString kHelpScheme = QStringLiteral("qthelp");
 HelpBrowser::HelpBrowser(QHelpEngineCore* engine, QWidget* parent)
     : QTextBrowser(parent), m_engine(engine) {
     setObjectName(QStringLiteral("txtHelpTopic"));
-    setAccessibleName(tr("Help topic"));
+    setAccessibleName(QStringLiteral("Help topic"));
     // The user reads topics with the keyboard too: arrows and Page keys scroll, Tab walks the
     // links and Enter follows one.
     setTextInteractionFlags(Qt::TextBrowserInteraction | Qt::LinksAccessibleByKeyboard);

@@ -16,17 +16,17 @@ namespace ondrel {
 
 HelpIndexPane::HelpIndexPane(QHelpEngine* engine, QWidget* parent)
     : QWidget(parent), m_keyword(new QLineEdit(this)), m_list(engine->indexWidget()) {
-    auto* label = new QLabel(tr("&Look for:"), this);
+    auto* label = new QLabel(QStringLiteral("&Look for:"), this);
     label->setBuddy(m_keyword);
     m_keyword->setObjectName(QStringLiteral("txtHelpIndexKeyword"));
-    m_keyword->setAccessibleName(tr("Index word"));
+    m_keyword->setAccessibleName(QStringLiteral("Index word"));
     m_keyword->setClearButtonEnabled(true);
     // Qt leaves the clear button without a name; its action gives it one.
     if (auto* clear = m_keyword->findChild<QAction*>(QStringLiteral("_q_qlineeditclearaction")))
         clear->setText(QStringLiteral("Clear"));
     m_list->setParent(this);
     m_list->setObjectName(QStringLiteral("lstHelpIndex"));
-    m_list->setAccessibleName(tr("Index words"));
+    m_list->setAccessibleName(QStringLiteral("Index words"));
 
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(label);
@@ -67,8 +67,9 @@ void HelpIndexPane::chooseAmong(const QList<QHelpLink>& documents, const QString
     for (const QHelpLink& document : documents)
         titles.append(document.title);
     bool chosen = false;
-    const QString title = QInputDialog::getItem(
-        this, tr("Choose Topic"), tr("Topics for \"%1\":").arg(keyword), titles, 0, false, &chosen);
+    const QString title = QInputDialog::getItem(this, QStringLiteral("Choose Topic"),
+                                                QStringLiteral("Topics for \"%1\":").arg(keyword),
+                                                titles, 0, false, &chosen);
     if (chosen)
         Q_EMIT topicChosen(documents.at(titles.indexOf(title)).url);
 }

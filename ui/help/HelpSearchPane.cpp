@@ -14,22 +14,22 @@ namespace ondrel {
 
 HelpSearchPane::HelpSearchPane(QHelpSearchEngine* engine, QWidget* parent)
     : QWidget(parent), m_engine(engine), m_words(new QLineEdit(this)),
-      m_searchButton(new QPushButton(tr("&Find"), this)), m_results(new QListWidget(this)),
-      m_status(new QLabel(this)) {
-    auto* label = new QLabel(tr("&Words to find:"), this);
+      m_searchButton(new QPushButton(QStringLiteral("&Find"), this)),
+      m_results(new QListWidget(this)), m_status(new QLabel(this)) {
+    auto* label = new QLabel(QStringLiteral("&Words to find:"), this);
     label->setBuddy(m_words);
     m_words->setObjectName(QStringLiteral("txtHelpSearchWords"));
-    m_words->setAccessibleName(tr("Words to find"));
+    m_words->setAccessibleName(QStringLiteral("Words to find"));
     m_words->setClearButtonEnabled(true);
     // Qt leaves the clear button without a name; its action gives it one.
     if (auto* clear = m_words->findChild<QAction*>(QStringLiteral("_q_qlineeditclearaction")))
         clear->setText(QStringLiteral("Clear"));
     m_searchButton->setObjectName(QStringLiteral("cmdHelpSearch"));
-    m_searchButton->setAccessibleName(tr("Find topics"));
-    auto* resultsLabel = new QLabel(tr("&Topics found:"), this);
+    m_searchButton->setAccessibleName(QStringLiteral("Find topics"));
+    auto* resultsLabel = new QLabel(QStringLiteral("&Topics found:"), this);
     resultsLabel->setBuddy(m_results);
     m_results->setObjectName(QStringLiteral("lstHelpSearchResults"));
-    m_results->setAccessibleName(tr("Topics found"));
+    m_results->setAccessibleName(QStringLiteral("Topics found"));
     m_status->setObjectName(QStringLiteral("lblHelpSearchStatus"));
     m_status->setWordWrap(true);
 
@@ -66,10 +66,10 @@ void HelpSearchPane::search() {
         return;
     if (m_indexing) {
         m_searchWaiting = true;
-        m_status->setText(tr("Preparing the search..."));
+        m_status->setText(QStringLiteral("Preparing the search..."));
         return;
     }
-    m_status->setText(tr("Searching..."));
+    m_status->setText(QStringLiteral("Searching..."));
     m_engine->search(m_words->text());
 }
 
@@ -86,11 +86,11 @@ void HelpSearchPane::showResults(int count) {
         item->setData(Qt::UserRole, result.url());
     }
     if (count == 0)
-        m_status->setText(tr("No topic contains these words."));
+        m_status->setText(QStringLiteral("No topic contains these words."));
     else if (count == 1)
-        m_status->setText(tr("1 topic found."));
+        m_status->setText(QStringLiteral("1 topic found."));
     else
-        m_status->setText(tr("%1 topics found.").arg(count));
+        m_status->setText(QStringLiteral("%1 topics found.").arg(count));
     if (count > 0)
         m_results->setCurrentRow(0);
     Q_EMIT searchFinished();

@@ -52,7 +52,7 @@ QToolButton* navigationButton(QStyle::StandardPixmap icon, const QString& text,
 HelpViewer::HelpViewer(const QString& collectionFile, QWidget* parent)
     : QWidget(parent, Qt::Window), m_engine(std::make_unique<QHelpEngine>(collectionFile)) {
     setObjectName(QStringLiteral("frmHelp"));
-    setWindowTitle(tr("File Ondrel Help"));
+    setWindowTitle(QStringLiteral("File Ondrel Help"));
     setAccessibleName(windowTitle());
     // Help stays open beside the program but never keeps it running once its last window is
     // closed.
@@ -60,12 +60,12 @@ HelpViewer::HelpViewer(const QString& collectionFile, QWidget* parent)
     if (!m_engine->setupData())
         qWarning("Help: %s", qPrintable(m_engine->error()));
 
-    m_back = navigationButton(QStyle::SP_ArrowBack, tr("&Back"), tr("Back"),
+    m_back = navigationButton(QStyle::SP_ArrowBack, QStringLiteral("&Back"), QStringLiteral("Back"),
                               QStringLiteral("cmdHelpBack"), this);
-    m_forward = navigationButton(QStyle::SP_ArrowForward, tr("F&orward"), tr("Forward"),
-                                 QStringLiteral("cmdHelpForward"), this);
-    m_home = navigationButton(QStyle::SP_DirHomeIcon, tr("&Home"), tr("Contents page"),
-                              QStringLiteral("cmdHelpHome"), this);
+    m_forward = navigationButton(QStyle::SP_ArrowForward, QStringLiteral("F&orward"),
+                                 QStringLiteral("Forward"), QStringLiteral("cmdHelpForward"), this);
+    m_home = navigationButton(QStyle::SP_DirHomeIcon, QStringLiteral("&Home"),
+                              QStringLiteral("Contents page"), QStringLiteral("cmdHelpHome"), this);
     m_back->setEnabled(false);
     m_forward->setEnabled(false);
 
@@ -74,18 +74,18 @@ HelpViewer::HelpViewer(const QString& collectionFile, QWidget* parent)
     m_splitter->setChildrenCollapsible(false);
     m_tabs = new QTabWidget(m_splitter);
     m_tabs->setObjectName(QStringLiteral("tabHelp"));
-    m_tabs->setAccessibleName(tr("Help navigation"));
+    m_tabs->setAccessibleName(QStringLiteral("Help navigation"));
     m_contents = m_engine->contentWidget();
     m_contents->setObjectName(QStringLiteral("tvwHelpContents"));
-    m_contents->setAccessibleName(tr("Contents"));
+    m_contents->setAccessibleName(QStringLiteral("Contents"));
     m_contents->setHeaderHidden(true);
     m_indexPane = new HelpIndexPane(m_engine.get());
-    m_indexPane->setAccessibleName(tr("Index"));
+    m_indexPane->setAccessibleName(QStringLiteral("Index"));
     m_searchPane = new HelpSearchPane(m_engine->searchEngine());
-    m_searchPane->setAccessibleName(tr("Search"));
-    m_tabs->addTab(m_contents, tr("&Contents"));
-    m_tabs->addTab(m_indexPane, tr("&Index"));
-    m_tabs->addTab(m_searchPane, tr("&Search"));
+    m_searchPane->setAccessibleName(QStringLiteral("Search"));
+    m_tabs->addTab(m_contents, QStringLiteral("&Contents"));
+    m_tabs->addTab(m_indexPane, QStringLiteral("&Index"));
+    m_tabs->addTab(m_searchPane, QStringLiteral("&Search"));
     for (int i = 0; i < m_tabs->count(); ++i)
         m_tabs->tabBar()->setAccessibleTabName(i, m_tabs->widget(i)->accessibleName());
     m_browser = new HelpBrowser(m_engine.get(), m_splitter);
@@ -104,26 +104,29 @@ HelpViewer::HelpViewer(const QString& collectionFile, QWidget* parent)
     connect(m_contents, &QHelpContentWidget::linkActivated, this,
             guarded(QStringLiteral("showTopic"), this, &HelpViewer::showTopic));
     // One click on a title opens its topic, whatever the desktop's setting for activating items.
-    connect(m_contents, &QHelpContentWidget::clicked, this, [this](const QModelIndex& index) {
-        if (const QHelpContentItem* item = m_engine->contentModel()->contentItemAt(index))
-            showTopic(item->url());
-    });
+    connect(m_contents, &QHelpContentWidget::clicked, this,
+            guarded(QStringLiteral("showTopic"), [this](const QModelIndex& index) {
+                if (const QHelpContentItem* item = m_engine->contentModel()->contentItemAt(index))
+                    showTopic(item->url());
+            }));
     connect(m_indexPane, &HelpIndexPane::topicChosen, this,
             guarded(QStringLiteral("showTopic"), this, &HelpViewer::showTopic));
     connect(m_searchPane, &HelpSearchPane::topicChosen, this,
             guarded(QStringLiteral("showFoundTopic"), this, &HelpViewer::showFoundTopic));
     connect(m_back, &QToolButton::clicked, m_browser, &QTextBrowser::backward);
     connect(m_forward, &QToolButton::clicked, m_browser, &QTextBrowser::forward);
-    connect(m_home, &QToolButton::clicked, this, [this] { showTopic(topicFor(0)); });
+    connect(m_home, &QToolButton::clicked, this,
+            guarded(QStringLiteral("showTopic"), [this] { showTopic(topicFor(0)); }));
     connect(m_browser, &QTextBrowser::backwardAvailable, m_back, &QWidget::setEnabled);
     connect(m_browser, &QTextBrowser::forwardAvailable, m_forward, &QWidget::setEnabled);
     connect(m_browser, &QTextBrowser::sourceChanged, this,
             guarded(QStringLiteral("selectInContents"), this, &HelpViewer::selectInContents));
     // The contents are read in the background; once there, they open on the page shown.
-    connect(m_engine->contentModel(), &QHelpContentModel::contentsCreated, this, [this] {
-        m_contents->expandAll();
-        selectInContents(currentPage());
-    });
+    connect(m_engine->contentModel(), &QHelpContentModel::contentsCreated, this,
+            guarded(QStringLiteral("selectInContents"), [this] {
+                m_contents->expandAll();
+                selectInContents(currentPage());
+            }));
     buildShortcuts();
 
     // Sized in lines and characters of the user's font, so it suits any screen resolution.

@@ -206,8 +206,9 @@ void frmVarFileSelect::build() {
     connect(cmdOK, &QPushButton::clicked, this,
             guarded(QStringLiteral("cmdOK_Click"), this, &frmVarFileSelect::cmdOK_Click));
     connect(cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
-    connect(cmdHelp, &QPushButton::clicked, this,
-            [] { ShowHelp(kHelpContext, HelpCommand::Context); });
+    connect(cmdHelp, &QPushButton::clicked, this, guarded(QStringLiteral("cmdHelp_Click"), [] {
+                ShowHelp(kHelpContext, HelpCommand::Context);
+            }));
     for (QObject* watched : {static_cast<QObject*>(txtFileSelMask), static_cast<QObject*>(cmdAdd),
                              static_cast<QObject*>(cmdRemove)})
         watched->installEventFilter(this);
