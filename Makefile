@@ -3,11 +3,12 @@
 # make bench build, then time ondrel-stage against cp and rsync, and the window (bench/run)
 # make test-asan  the whole suite under AddressSanitizer and UndefinedBehaviorSanitizer
 # make fuzz  run each fuzz target for a minute from its committed corpus (fuzz/run)
+# make package  build, then the Debian package build/ondrel_<version>_<arch>.deb
 BUILD ?= build
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 CMAKE_FLAGS ?= -DCMAKE_BUILD_TYPE=RelWithDebInfo
 
-.PHONY: all deps configure build run test test-asan bench fuzz clean format
+.PHONY: all deps configure build run test test-asan bench fuzz package clean format
 
 all: build
 
@@ -33,6 +34,9 @@ test-asan: deps
 
 fuzz: deps
 	fuzz/run
+
+package: build
+	cmake --build $(BUILD) --target package
 
 bench: build
 	BUILD=$(BUILD) bench/run

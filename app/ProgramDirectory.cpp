@@ -18,16 +18,32 @@ QString executableDirectory() {
     return QFileInfo(QFile::symLinkTarget(QStringLiteral("/proc/self/exe"))).absolutePath();
 }
 
+QString madeDirectory(const QString& dir) {
+    QDir().mkpath(dir);
+    return dir;
+}
+
 } // namespace
 
-QString ProgramDirectory() {
-    const QString exeDir = executableDirectory();
+bool IsInstalledProgramDirectory(const QString& exeDir) {
+    // ONDREL_INSTALLED_MARKER: the desktop entry's path relative to the install's bin folder.
+    return !exeDir.isEmpty() &&
+           QFileInfo(exeDir + QStringLiteral("/" ONDREL_INSTALLED_MARKER)).isFile();
+}
+
+QString ProgramDirectoryFor(const QString& exeDir) {
+    if (IsInstalledProgramDirectory(exeDir))
+        return madeDirectory(
+            QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+            QStringLiteral("/ondrel"));
     if (!exeDir.isEmpty() && ::access(QFile::encodeName(exeDir).constData(), W_OK) == 0)
         return exeDir;
-    const QString dataDir = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
-                            QStringLiteral("/FileOndrel");
-    QDir().mkpath(dataDir);
-    return dataDir;
+    return madeDirectory(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+                         QStringLiteral("/FileOndrel"));
+}
+
+QString ProgramDirectory() {
+    return ProgramDirectoryFor(executableDirectory());
 }
 
 QString OptionsFileName(const QString& dir) {

@@ -214,7 +214,7 @@ QString StageOptions::usage() {
         "cannot be used; 65 the spec file did not load.\n"
         "\n"
         "How to write a spec file, the keys of the options file and how masks match:\n"
-        "see \"Writing a job\" in README.md.\n");
+        "see WRITING A JOB in ondrel-stage(1) (\"man ondrel-stage\").\n");
 }
 
 } // namespace ondrel

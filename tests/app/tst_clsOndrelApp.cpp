@@ -86,6 +86,33 @@ private Q_SLOTS:
         QCOMPARE(OptionsFileName("/opt/tools/"), QString("/opt/tools/ONDREL.OPT"));
     }
 
+    // An install (its desktop entry beside the bin folder) keeps its options in the user's
+    // configuration directory; any other copy beside itself.
+    void programDirectory_data() {
+        QTest::addColumn<bool>("installed");
+        QTest::newRow("installed: $XDG_CONFIG_HOME/ondrel") << true;
+        QTest::newRow("build tree or portable folder: beside itself") << false;
+    }
+
+    void programDirectory() {
+        QFETCH(bool, installed);
+        QTemporaryDir root;
+        const QString bin = root.filePath("usr/bin");
+        QVERIFY(QDir().mkpath(bin));
+        if (installed) {
+            const QString entry = QDir::cleanPath(bin + "/" ONDREL_INSTALLED_MARKER);
+            QVERIFY(QDir().mkpath(QFileInfo(entry).path()));
+            QVERIFY(WholeFile::write(entry, "[Desktop Entry]\n").ok());
+        }
+        const QByteArray saved = qgetenv("XDG_CONFIG_HOME");
+        qputenv("XDG_CONFIG_HOME", root.filePath("config").toUtf8());
+        const QString dir = ProgramDirectoryFor(bin);
+        saved.isNull() ? qunsetenv("XDG_CONFIG_HOME") : qputenv("XDG_CONFIG_HOME", saved);
+        QCOMPARE(IsInstalledProgramDirectory(bin), installed);
+        QCOMPARE(dir, installed ? root.filePath("config/ondrel") : bin);
+        QVERIFY(QFileInfo(dir).isDir());
+    }
+
     void writing_data() {
         QTest::addColumn<bool>("saveSettings");
         QTest::addColumn<QByteArray>("expected");

@@ -13,6 +13,8 @@ void prepareApplication() {
     QApplication::setApplicationName(QStringLiteral("File Ondrel"));
     QApplication::setOrganizationName(QStringLiteral("FileOndrel"));
     QApplication::setApplicationVersion(QStringLiteral(ONDREL_VERSION));
+    // The desktop entry's name, by which a Wayland desktop finds the program's icon and menu entry.
+    QApplication::setDesktopFileName(QStringLiteral(ONDREL_APP_ID));
     QApplication::setWindowIcon(programIcon());
     installQtMsgBoxHandler();
     installQtFileDialogHandler();

@@ -1,6 +1,8 @@
 #include "ui/main/SubMain.h"
 
+#include "platform/FileDialog.h"
 #include "platform/MsgBox.h"
+#include "platform/SlotBarrier.h"
 #include "ui/controls/AccessibleComboBox.h"
 #include "ui/controls/ProgramObjects.h"
 #include "ui/editor/frmCESpecs.h"
@@ -8,6 +10,7 @@
 #include "ui/main/frmMain.h"
 
 #include <QApplication>
+#include <QFileInfo>
 
 namespace ondrel {
 
@@ -22,7 +25,20 @@ std::unique_ptr<frmMain> createProgramObjects(ProgramObjects& program,
     return main;
 }
 
-int SubMain(const QString& programDirectory) {
+void OpenSpecFileNamed(frmMain& main, const QString& fileName) {
+    const QFileInfo file(fileName);
+    const ScopedFileDialogHandler named(
+        [&file](const FileDialogRequest&) -> Result<FileDialogChoice> {
+            // The dialog takes only a file that exists.
+            if (!file.isFile())
+                return Error(ErrNo::FileNotFound, QStringLiteral("frmMain"));
+            return fileDialogChoiceFor(file.absoluteFilePath());
+        });
+    runBehindBarrier(QStringLiteral("mnuFileOpenSpecs_Click"),
+                     [&main] { main.mnuFileOpenSpecs_Click(); });
+}
+
+int SubMain(const QString& programDirectory, const QString& specFile) {
     ProgramObjects program(programDirectory);
     const std::unique_ptr<frmMain> main = createProgramObjects(program, primaryScreenMetrics());
     // Start-up catches nothing else: a value of the options file that is no setting (Top=abc)
@@ -37,6 +53,8 @@ int SubMain(const QString& programDirectory) {
         return 1;
     }
     main->Show();
+    if (!specFile.isEmpty())
+        OpenSpecFileNamed(*main, specFile);
     return QApplication::exec();
 }
 
