@@ -287,6 +287,7 @@ std::optional<FileStager::Next> FileStager::copy(Call& call,
         if (copied.ok() && copied->declined)
             return declinedNext.value_or(Next::NextDestination);
         if (copied.ok()) {
+            state.copiedBytes += copied->source.size;
             if (settings.DelSource())
                 rememberCopy(call, copied.value());
             if (!call.sourceStatus)

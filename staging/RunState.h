@@ -31,6 +31,8 @@ struct RunState {
     // 32 bits: a run of a large tree copies far more than 32767 files.
     qint32 CopiedCount = 0;
     qint32 DeletedCount = 0;
+    // The bytes of the copies made so far (a progress display shows them).
+    qint64 copiedBytes = 0;
     QDateTime StartTime;
     QString CurSourcePath;
     // Source files to delete at the end of a move, once per destination copied.
