@@ -94,6 +94,9 @@ private:
         } else if (name == QLatin1String("--batch")) {
             noValue(name, joined);
             m_options.batch = true;
+        } else if (name == QLatin1String("--quiet")) {
+            noValue(name, joined);
+            m_options.quiet = true;
         } else if (name == QLatin1String("--no-log")) {
             noValue(name, joined);
             m_noLog = true;
@@ -196,6 +199,9 @@ QString StageOptions::usage() {
         "  --on-error=abort|ignore     answer to Abort/Retry/Ignore questions\n"
         "                              (default ignore)\n"
         "  --on-question=ok|cancel     answer to OK/Cancel questions (default ok)\n"
+        "  --quiet          no progress line (it is shown only when standard error\n"
+        "                   is a terminal: files and bytes copied, the rate, the\n"
+        "                   current file)\n"
         "  --help           show this help and exit\n"
         "  --version        show the version and exit\n"
         "\n"

@@ -21,6 +21,7 @@ struct StageOptions {
     QString variousFile; // empty: no individually selected files
     bool dryRun = false;
     bool batch = false;
+    bool quiet = false; // no progress line on the terminal
     // The answers given when nobody is asked.
     MsgAnswer overwriteAnswer = MsgAnswer::No;
     MsgAnswer errorAnswer = MsgAnswer::Ignore;

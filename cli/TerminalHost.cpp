@@ -31,8 +31,8 @@ extern "C" void onInterrupt(int signal) {
     g_interrupts = 1;
 }
 
-// How often the progress line is redrawn at most.
-constexpr long kRedrawNanoseconds = 50'000'000;
+// How often the progress line is redrawn at most: ten times a second.
+constexpr long kRedrawNanoseconds = 100'000'000;
 // How often an answer that names no button is asked for again before the default is taken.
 constexpr int kAttempts = 3;
 
@@ -97,6 +97,23 @@ MsgAnswer cancelAnswer(MsgButtons buttons) {
 
 void put(FILE* stream, const QString& text) {
     std::fputs(text.toUtf8().constData(), stream);
+}
+
+long long nanosecondsBetween(const timespec& from, const timespec& to) {
+    return (to.tv_sec - from.tv_sec) * 1'000'000'000LL + (to.tv_nsec - from.tv_nsec);
+}
+
+// A size in the binary units, with one decimal from KiB on.
+QString byteText(double bytes) {
+    static const char* const units[] = {"KiB", "MiB", "GiB", "TiB"};
+    if (bytes < 1024)
+        return QString::number(qint64(bytes)) + QStringLiteral(" B");
+    int unit = -1;
+    while (bytes >= 1024 && unit < 3) {
+        bytes /= 1024;
+        ++unit;
+    }
+    return QString::number(bytes, 'f', 1) + u' ' + QLatin1String(units[unit]);
 }
 
 int terminalWidth() {
@@ -299,18 +316,32 @@ void TerminalHost::yield() {
         return;
     timespec now{};
     ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
-    const long long elapsed =
-        (now.tv_sec - m_lastDrawn.tv_sec) * 1'000'000'000LL + (now.tv_nsec - m_lastDrawn.tv_nsec);
-    if (elapsed < kRedrawNanoseconds)
+    if (nanosecondsBetween(m_lastDrawn, now) < kRedrawNanoseconds)
         return;
     m_lastDrawn = now;
-    drawProgress();
+    drawProgress(now);
 }
 
-void TerminalHost::drawProgress() {
-    const int copied = m_run ? m_run->state().CopiedCount : 0;
-    const QString head = QString::number(copied) + QStringLiteral(" copied  ") +
-                         (m_currentIsDirectory ? QStringLiteral("searching ") : QString());
+QString TerminalHost::progressHead(qint64 files, qint64 bytes, double seconds) {
+    QString head = StagingRun::formatCount(files) +
+                   (files == 1 ? QStringLiteral(" file  ") : QStringLiteral(" files  ")) +
+                   byteText(double(bytes)) + QStringLiteral("  ");
+    // No rate until there is time enough to tell one.
+    if (seconds >= 0.5)
+        head += byteText(double(bytes) / seconds) + QStringLiteral("/s  ");
+    return head;
+}
+
+void TerminalHost::drawProgress(const timespec& now) {
+    if (!m_startedKnown) {
+        m_started = now;
+        m_startedKnown = true;
+    }
+    const RunState* state = m_run ? &m_run->state() : nullptr;
+    const QString head =
+        progressHead(state ? state->CopiedCount : 0, state ? state->copiedBytes : 0,
+                     double(nanosecondsBetween(m_started, now)) / 1e9) +
+        (m_currentIsDirectory ? QStringLiteral("searching ") : QString());
     // One character short of the width, so the cursor never wraps to a new line.
     const qsizetype room = terminalWidth() - 1 - head.size();
     QString current = m_currentIsDirectory ? NativeText::display(m_current)

@@ -40,6 +40,9 @@ public:
     // file or the disk) can start a line of its own or drive the terminal.
     static QString terminalText(const QString& text);
 
+    // The progress line without its current file: "1,234 files  5.6 MiB  7.8 MiB/s  ".
+    static QString progressHead(qint64 files, qint64 bytes, double seconds);
+
     MsgAnswer ask(const QString& prompt, MsgButtons buttons, MsgIcon icon,
                   const QString& title) override;
     // The question as ask() puts it, followed by a line naming the path it concerns.
@@ -67,7 +70,7 @@ private:
     MsgAnswer askOnTerminal(const QString& prompt, const QString& pathLine, MsgButtons buttons,
                             const QString& title);
     static Reply readLine();
-    void drawProgress();
+    void drawProgress(const timespec& now);
     void clearProgress();
 
     Answers m_answers;
@@ -77,6 +80,8 @@ private:
     QString m_current;        // the directory being worked on
     QByteArray m_currentFile; // or the file, when m_currentIsDirectory is false
     timespec m_lastDrawn{};
+    timespec m_started{}; // the first draw: the rate is counted from there
+    bool m_startedKnown = false;
     bool m_stdoutIsTerminal;
     bool m_progressShown = false;
     bool m_currentIsDirectory = false;

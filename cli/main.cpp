@@ -162,10 +162,11 @@ int main(int argc, char* argv[]) {
     }
 
     const bool interactive = !options.batch && ::isatty(STDIN_FILENO);
+    const bool showProgress = ::isatty(STDERR_FILENO) && !options.quiet;
     TerminalHost host(
         {options.overwriteAnswer, options.errorAnswer, options.questionAnswer},
         interactive ? TerminalHost::Asking::OnTerminal : TerminalHost::Asking::FromAnswers,
-        ::isatty(STDERR_FILENO) ? TerminalHost::Progress::Shown : TerminalHost::Progress::Hidden);
+        showProgress ? TerminalHost::Progress::Shown : TerminalHost::Progress::Hidden);
     std::unique_ptr<StagingFileOps> ops;
     if (options.dryRun)
         ops =

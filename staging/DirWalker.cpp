@@ -6,8 +6,8 @@
 #include "platform/NativePath.h"
 #include "platform/NativeText.h"
 #include "spec/clsSpecFile.h"
+#include "staging/RunContext.h"
 #include "staging/StagingHost.h"
-#include "staging/StagingRun.h"
 
 #include <QDir>
 #include <QFile>
@@ -15,8 +15,6 @@
 namespace ondrel {
 
 namespace {
-
-const QString kVarious = QStringLiteral("<various>");
 
 int groupsWithDestinations(const clsSourcePath& sp) {
     int n = 0;
@@ -27,25 +25,17 @@ int groupsWithDestinations(const clsSourcePath& sp) {
 
 } // namespace
 
-DirWalker::DirWalker(StagingRun& run) : m_run(run), m_stager(run) {
-    QSet<QByteArray> seen;
-    for (const auto& sp : run.m_spec.SPs())
-        for (const auto& fg : sp->FGs())
-            for (const auto& dp : fg->DPs()) {
-                QByteArray path = run.nativePath(dp->Name());
-                if (!seen.contains(path)) {
-                    seen.insert(path);
-                    m_missingDestinations.push_back(std::move(path));
-                }
-            }
+DirWalker::DirWalker(RunContext& run) : m_run(run), m_stager(run) {
+    for (const PlannedDestination& destination : run.plan().destinations())
+        m_missingDestinations.push_back(destination.base);
     m_madeDirectoriesSeen = -1;
     findMadeDestinations();
 }
 
 void DirWalker::findMadeDestinations() {
-    if (m_madeDirectoriesSeen == m_run.m_state.madeDirectories)
+    if (m_madeDirectoriesSeen == m_run.state().madeDirectories)
         return;
-    m_madeDirectoriesSeen = m_run.m_state.madeDirectories;
+    m_madeDirectoriesSeen = m_run.state().madeDirectories;
     std::erase_if(m_missingDestinations, [&](const QByteArray& path) {
         const Result<FileStatus> found = FileSystem::status(path, StatusDetail::WithoutAttributes);
         if (!found.ok() || !found->isDirectory)
@@ -59,10 +49,10 @@ bool DirWalker::askToContinue(const QString& text, const QString& title) {
     if (!m_run.showErrMsgs())
         return true;
     const MsgAnswer answer =
-        m_run.m_host.ask(text + QStringLiteral("  Click 'OK' to continue staging."),
+        m_run.host().ask(text + QStringLiteral("  Click 'OK' to continue staging."),
                          MsgButtons::OKCancel, MsgIcon::Exclamation, title);
     if (answer == MsgAnswer::Cancel) {
-        m_run.Cancel();
+        m_run.cancel();
         return false;
     }
     return true;
@@ -75,24 +65,25 @@ bool DirWalker::sourcePathNotFound(const QString& name, const QByteArray& path) 
         return true;
     if (m_run.ask(path, text, MsgButtons::OKCancel, MsgIcon::Exclamation,
                   QStringLiteral("Source Path Not Found")) == MsgAnswer::Cancel) {
-        m_run.Cancel();
+        m_run.cancel();
         return false;
     }
     return true;
 }
 
 void DirWalker::Activate() {
-    for (const auto& sp : m_run.m_spec.SPs()) {
-        if (!walkSourcePath(*sp) || m_run.m_state.Cancelled)
+    for (const PlannedSource& source : m_run.plan().sources()) {
+        if (!walkSourcePath(source) || m_run.state().Cancelled)
             break;
     }
 }
 
-bool DirWalker::walkSourcePath(const clsSourcePath& sp) {
-    StagingHost& host = m_run.m_host;
+bool DirWalker::walkSourcePath(const PlannedSource& source) {
+    StagingHost& host = m_run.host();
+    const clsSourcePath& sp = *source.path;
     const QString& name = sp.Name();
-    const bool various = name == kVarious;
-    m_run.m_state.CurSourcePath = name;
+    const bool various = source.various;
+    m_run.state().CurSourcePath = name;
     host.showSourcePath(name);
     // Names from the spec file are shown as file names are: they may hold anything.
     const QString shown = NativeText::display(name);
@@ -101,8 +92,7 @@ bool DirWalker::walkSourcePath(const clsSourcePath& sp) {
         m_run.log(QStringLiteral("Include sub-directories:  ") +
                   Convert::booleanText(sp.InclSubDirs()));
 
-    const QByteArray dir = various ? QByteArray() : m_run.nativePath(name);
-    m_run.m_state.curSourceRoot = dir;
+    const QByteArray& dir = source.root;
     if (!various) {
         host.showDirectory(name);
         const Result<void> exists = FileSystem::checkDirectory(dir);
@@ -113,7 +103,7 @@ bool DirWalker::walkSourcePath(const clsSourcePath& sp) {
                 exists.error(), QStringLiteral(" occurred while processing Source Paths."),
                 QStringLiteral("Form_Activate"), MsgButtons::OKCancel, dir);
             if (answer == MsgAnswer::Cancel) {
-                m_run.Cancel();
+                m_run.cancel();
                 return false;
             }
             return true;
@@ -140,22 +130,24 @@ bool DirWalker::walkSourcePath(const clsSourcePath& sp) {
     }
 
     if (various)
-        walkVariousFiles(sp);
+        walkVariousFiles(source);
     else
-        DirWalk(sp, dir);
+        DirWalk(source, dir);
     return true;
 }
 
-void DirWalker::walkVariousFiles(const clsSourcePath& sp) {
-    StagingHost& host = m_run.m_host;
-    host.setProgressRange(int(m_run.m_variousFiles.size()));
-    for (const QString& entry : m_run.m_variousFiles) {
+void DirWalker::walkVariousFiles(const PlannedSource& source) {
+    StagingHost& host = m_run.host();
+    host.setProgressRange(int(m_run.variousFiles().size()));
+    for (const QString& entry : m_run.variousFiles()) {
         // The list holds native names as NativeText gives them, odd bytes included.
         const QByteArray path = NativeText::toNative(entry);
-        const QByteArray fileName = path.mid(path.lastIndexOf('/') + 1);
-        for (const auto& fg : sp.FGs()) {
-            if (fg->DPs().Count() == 0)
+        const qsizetype nameAt = path.lastIndexOf('/') + 1;
+        const QByteArray fileName = path.mid(nameAt);
+        for (const PlannedGroup& group : source.groups) {
+            if (group.destinations.empty())
                 continue;
+            const clsFileGroup* fg = group.group;
             host.showFileGroup(fg->Name());
             // Each mask is matched against the file's name, without regard to case, as the
             // directory walk matches it; a path that is no file name matches nothing.
@@ -163,8 +155,8 @@ void DirWalker::walkVariousFiles(const clsSourcePath& sp) {
                 if (entry.isEmpty() || fileName.isEmpty() ||
                     !FileSystem::matchesMask(fileName, mask.trimmed()))
                     continue;
-                m_stager.StageFile(*fg, path);
-                if (m_run.m_state.Cancelled)
+                m_stager.StageFile(group, path, nameAt);
+                if (m_run.state().Cancelled)
                     return;
             }
         }
@@ -180,14 +172,14 @@ bool DirWalker::isOwnDestination(const QByteArray& dir) {
     return status.ok() && m_destinationIds.contains({status->device, status->inode});
 }
 
-bool DirWalker::DirWalk(const clsSourcePath& SourcePath, const QByteArray& Dir) {
-    StagingHost& host = m_run.m_host;
-    RunState& state = m_run.m_state;
+bool DirWalker::DirWalk(const PlannedSource& SourcePath, const QByteArray& Dir) {
+    StagingHost& host = m_run.host();
+    RunState& state = m_run.state();
     host.yield();
     if (state.Cancelled)
         return false;
 
-    if (SourcePath.InclSubDirs()) {
+    if (SourcePath.path->InclSubDirs()) {
         const Result<std::vector<QByteArray>> subDirs = FileSystem::subDirectories(Dir);
         if (!subDirs.ok()) {
             if (subDirs.error().number() == ErrNo::PathNotFound)
@@ -211,8 +203,9 @@ bool DirWalker::DirWalk(const clsSourcePath& SourcePath, const QByteArray& Dir) 
 
     const QString shownDir = FileSystem::displayPath(Dir);
     host.showDirectory(shownDir);
-    for (const auto& fg : SourcePath.FGs()) {
-        if (fg->DPs().Count() == 0) {
+    for (const PlannedGroup& group : SourcePath.groups) {
+        const clsFileGroup* fg = group.group;
+        if (group.destinations.empty()) {
             const QString text = QStringLiteral("File Group ") + NativeText::display(fg->Name()) +
                                  QStringLiteral(" does not have any Destination Paths.");
             m_run.log(QStringLiteral(">>>") + text);
@@ -237,13 +230,13 @@ bool DirWalker::DirWalk(const clsSourcePath& SourcePath, const QByteArray& Dir) 
             const QString text = FileSystem::displayPath(path) +
                                  QStringLiteral(" is not a regular file; it was not staged.");
             m_run.log(QStringLiteral(">>>") + text);
-            m_run.m_host.reportFailure(text, path);
+            m_run.host().reportFailure(text, path);
         }
         if (files->empty())
             continue;
         host.setProgressRange(int(files->size()));
         for (const QByteArray& name : *files) {
-            m_stager.StageFile(*fg, NativePath::join(Dir, name));
+            m_stager.StageFile(group, NativePath::join(Dir, name), SourcePath.relativeAt);
             if (state.Cancelled)
                 return false;
             host.advanceProgress();

@@ -11,15 +11,15 @@
 
 namespace ondrel {
 
-class StagingRun;
-class clsSourcePath;
+class RunContext;
+struct PlannedSource;
 
 // The walk of a staging run: every source path in turn, its directory tree (or, for
 // "<various>", the list of selected files), and in each directory the files each file group's
 // masks select, each handed to the file stager.
 class DirWalker {
 public:
-    explicit DirWalker(StagingRun& run);
+    explicit DirWalker(RunContext& run);
 
     // The whole walk; returns when it is done or cancelled.
     void Activate();
@@ -27,10 +27,10 @@ public:
 private:
     // Walks Dir (sub-directories first, the last listed first, then Dir's own files); false when
     // the user ended the walk.
-    bool DirWalk(const clsSourcePath& SourcePath, const QByteArray& Dir);
+    bool DirWalk(const PlannedSource& SourcePath, const QByteArray& Dir);
     // One source path; false when the user ended the walk.
-    bool walkSourcePath(const clsSourcePath& sp);
-    void walkVariousFiles(const clsSourcePath& sp);
+    bool walkSourcePath(const PlannedSource& source);
+    void walkVariousFiles(const PlannedSource& source);
     // Asks text + "  Click 'OK' to continue staging." (OK/Cancel) when error messages are on;
     // false when the user chose Cancel, which cancels the run.
     bool askToContinue(const QString& text, const QString& title);
@@ -43,7 +43,7 @@ private:
     // directories since the last look.
     void findMadeDestinations();
 
-    StagingRun& m_run;
+    RunContext& m_run;
     FileStager m_stager;
     QSet<RunState::FileId> m_destinationIds;
     std::vector<QByteArray> m_missingDestinations;

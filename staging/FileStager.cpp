@@ -4,8 +4,7 @@
 #include "app/clsOndrelApp.h"
 #include "platform/NativePath.h"
 #include "platform/NativeText.h"
-#include "platform/Volumes.h"
-#include "spec/clsFileGroup.h"
+#include "staging/RunContext.h"
 #include "staging/StagingFileOps.h"
 #include "staging/StagingHost.h"
 #include "staging/StagingRun.h"
@@ -19,36 +18,42 @@
 
 namespace ondrel {
 
-namespace {
+FileStager::FileStager(RunContext& run) : m_run(run) {}
 
-const QString kVarious = QStringLiteral("<various>");
+QString FileStager::taskName(Task task) {
+    switch (task) {
+    case Task::CheckVarSP:
+        return QStringLiteral("CheckVarSP");
+    case Task::CheckDPDrive:
+        return QStringLiteral("CheckDPDrive");
+    case Task::GetSPAttr:
+        return QStringLiteral("GetSPAttr");
+    case Task::GetDPAttr:
+        return QStringLiteral("GetDPAttr");
+    case Task::FileCopy:
+        return QStringLiteral("FileCopy");
+    case Task::ProcessDP:
+        return QStringLiteral("ProcessDP");
+    }
+    return {};
+}
 
-} // namespace
-
-FileStager::FileStager(StagingRun& run) : m_run(run) {}
-
-void FileStager::StageFile(const clsFileGroup& FileGroup, const QByteArray& SourceFile) {
-    RunState& state = m_run.m_state;
-    StagingHost& host = m_run.m_host;
+void FileStager::StageFile(const PlannedGroup& FileGroup, const QByteArray& SourceFile,
+                           qsizetype relativeAt) {
+    RunState& state = m_run.state();
+    StagingHost& host = m_run.host();
     host.yield();
     if (state.Cancelled)
         return;
 
     Call call;
+    call.from = FileGroup.source;
     call.source = SourceFile;
-
-    QByteArrayView relative(SourceFile);
-    if (state.CurSourcePath != kVarious) {
-        relative = relative.sliced(std::min(state.curSourceRoot.size(), relative.size()));
-        while (relative.startsWith('/'))
-            relative = relative.sliced(1);
-        call.relativeAt = SourceFile.size() - relative.size();
-    } else {
-        call.Task = QStringLiteral("CheckVarSP");
-        const qsizetype slash = SourceFile.lastIndexOf('/');
-        call.sourceDir = slash > 0 ? SourceFile.left(slash) : QByteArray("/");
-        relative = relative.sliced(slash + 1);
-        call.relativeAt = slash + 1;
+    call.relativeAt = relativeAt;
+    const QByteArrayView relative = QByteArrayView(SourceFile).sliced(relativeAt);
+    if (call.from->various) {
+        call.task = Task::CheckVarSP;
+        call.sourceDir = relativeAt > 1 ? SourceFile.left(relativeAt - 1) : QByteArray("/");
         if (state.badSourceDirPaths.contains(call.sourceDir)) {
             m_run.addProblemFile(SourceFile);
             return;
@@ -63,8 +68,8 @@ void FileStager::StageFile(const clsFileGroup& FileGroup, const QByteArray& Sour
     }
 
     host.showSourceFile(SourceFile);
-    for (const auto& dp : FileGroup.DPs()) {
-        if (toDestination(call, dp->Name(), relative) == Next::Return)
+    for (const PlannedDestination* to : FileGroup.destinations) {
+        if (toDestination(call, *to, relative) == Next::Return)
             return;
     }
 }
@@ -75,32 +80,36 @@ const QString& FileStager::Call::shownSource() {
     return shownSourceText;
 }
 
+const QByteArray& FileStager::Call::drive() const {
+    static const QByteArray none;
+    return to ? to->drive : none;
+}
+
 const QByteArray& FileStager::Call::concerned(const Error& error) const {
-    if (Task == QLatin1String("CheckVarSP"))
+    if (task == Task::CheckVarSP)
         return sourceDir;
-    if (Task == QLatin1String("GetSPAttr") || destFile.isEmpty())
+    if (task == Task::GetSPAttr || destFile.isEmpty())
         return source;
     // A copy fails on either side: the source is named when it is the one that is missing or
     // cannot be read.
-    if (Task == QLatin1String("FileCopy") && (error.number() == ErrNo::FileNotFound ||
-                                              !FileSystem::checkAccess(source, Access::Read).ok()))
+    if (task == Task::FileCopy && (error.number() == ErrNo::FileNotFound ||
+                                   !FileSystem::checkAccess(source, Access::Read).ok()))
         return source;
     return destFile;
 }
 
-FileStager::Next FileStager::toDestination(Call& call, const QString& destPath,
+FileStager::Next FileStager::toDestination(Call& call, const PlannedDestination& to,
                                            QByteArrayView relative) {
-    RunState& state = m_run.m_state;
-    StagingHost& host = m_run.m_host;
-    const clsOndrelApp& settings = m_run.m_settings;
+    RunState& state = m_run.state();
+    StagingHost& host = m_run.host();
+    const clsOndrelApp& settings = m_run.settings();
 
-    const Destination& to = destination(destPath);
+    call.to = &to;
     call.destFile = NativePath::join(to.base, relative);
     const QByteArray& destFile = call.destFile;
     host.showDestFile(destFile);
 
-    call.Task = QStringLiteral("CheckDPDrive");
-    call.drive = to.drive;
+    call.task = Task::CheckDPDrive;
     if (const auto next = checkDrive(call))
         return *next;
 
@@ -120,10 +129,10 @@ FileStager::Next FileStager::toDestination(Call& call, const QString& destPath,
             return Next::Return;
     }
 
-    call.Task = QStringLiteral("GetDPAttr");
+    call.task = Task::GetDPAttr;
     std::optional<FileStatus> dest;
     for (;;) {
-        Result<FileStatus> status = m_run.m_ops.status(destFile, StatusDetail::Probe);
+        Result<FileStatus> status = m_run.ops().status(destFile, StatusDetail::Probe);
         if (status.ok()) {
             dest = status.value();
             break;
@@ -141,7 +150,7 @@ FileStager::Next FileStager::toDestination(Call& call, const QString& destPath,
             return *next;
     }
 
-    if (const auto next = copy(call, to, dest))
+    if (const auto next = copy(call, dest))
         return *next;
     host.yield();
     ++state.CopiedCount;
@@ -153,17 +162,17 @@ FileStager::Next FileStager::toDestination(Call& call, const QString& destPath,
     }
     if (settings.DelSource())
         state.lstDelSource.push_back(call.source);
-    call.Task = QStringLiteral("ProcessDP");
+    call.task = Task::ProcessDP;
     return Next::NextDestination;
 }
 
 std::optional<FileStager::Next> FileStager::decideOverwrite(Call& call, const FileStatus& dest) {
-    StagingHost& host = m_run.m_host;
-    switch (m_run.m_settings.Overwrite()) {
+    StagingHost& host = m_run.host();
+    switch (m_run.settings().Overwrite()) {
     case OverwriteMode::IfOlder:
         if (const auto next = readSourceStatus(call, StatusDetail::WithoutAttributes))
             return next;
-        call.Task = QStringLiteral("GetDPAttr");
+        call.task = Task::GetDPAttr;
         if (call.sourceStatus->modified <= dest.modified)
             return Next::NextDestination;
         return std::nullopt;
@@ -175,7 +184,7 @@ std::optional<FileStager::Next> FileStager::decideOverwrite(Call& call, const Fi
                                           MsgButtons::YesNoCancel, MsgIcon::Question,
                                           QStringLiteral("Overwrite Existing File?"));
         if (answer == MsgAnswer::Cancel) {
-            m_run.Cancel();
+            m_run.cancel();
             return Next::Return;
         }
         if (answer != MsgAnswer::Yes) {
@@ -193,22 +202,12 @@ std::optional<FileStager::Next> FileStager::decideOverwrite(Call& call, const Fi
     }
 }
 
-const FileStager::Destination& FileStager::destination(const QString& destPath) {
-    const auto found = m_destinations.find(&destPath);
-    if (found != m_destinations.end())
-        return found->second;
-    Destination made;
-    made.base = m_run.nativePath(destPath);
-    made.drive = Volumes::mountPointOf(made.base);
-    return m_destinations.emplace(&destPath, std::move(made)).first->second;
-}
-
 std::optional<FileStager::Next> FileStager::readSourceStatus(Call& call, StatusDetail detail) {
     if (call.sourceStatus && (detail == StatusDetail::WithoutAttributes || call.attributesRead))
         return std::nullopt;
-    call.Task = QStringLiteral("GetSPAttr");
+    call.task = Task::GetSPAttr;
     for (;;) {
-        Result<FileStatus> status = m_run.m_ops.status(call.source, detail);
+        Result<FileStatus> status = m_run.ops().status(call.source, detail);
         if (status.ok()) {
             call.sourceStatus = status.value();
             call.attributesRead = detail == StatusDetail::WithAttributes;
@@ -220,18 +219,18 @@ std::optional<FileStager::Next> FileStager::readSourceStatus(Call& call, StatusD
 }
 
 std::optional<FileStager::Next> FileStager::checkDrive(Call& call) {
-    RunState& state = m_run.m_state;
-    if (state.GoodDrives.contains(call.drive))
+    RunState& state = m_run.state();
+    if (state.GoodDrives.contains(call.drive()))
         return std::nullopt;
-    if (state.BadDrives.contains(call.drive)) {
+    if (state.BadDrives.contains(call.drive())) {
         m_run.addProblemFile(call.source);
         return Next::NextDestination;
     }
     for (;;) {
-        if (FileSystem::checkDirectory(call.drive).ok()) {
-            state.GoodDrives.append(call.drive);
-            if (m_run.m_settings.DelSource())
-                m_run.m_ops.watchWrites(call.drive);
+        if (FileSystem::checkDirectory(call.drive()).ok()) {
+            state.GoodDrives.append(call.drive());
+            if (m_run.settings().DelSource())
+                m_run.ops().watchWrites(call.drive());
             return std::nullopt;
         }
         if (const Next next = handleError(Error(ErrNo::DeviceUnavailable), call);
@@ -240,15 +239,15 @@ std::optional<FileStager::Next> FileStager::checkDrive(Call& call) {
     }
 }
 
-std::optional<FileStager::Next> FileStager::copy(Call& call, const Destination& to,
+std::optional<FileStager::Next> FileStager::copy(Call& call,
                                                  const std::optional<FileStatus>& dest) {
-    RunState& state = m_run.m_state;
-    const clsOndrelApp& settings = m_run.m_settings;
+    RunState& state = m_run.state();
+    const clsOndrelApp& settings = m_run.settings();
     const QByteArray& destFile = call.destFile;
-    StagingHost& host = m_run.m_host;
+    StagingHost& host = m_run.host();
     host.showDestFile(destFile);
     host.yield();
-    call.Task = QStringLiteral("FileCopy");
+    call.task = Task::FileCopy;
     if (m_run.logging())
         m_run.log(QStringLiteral("Copying ") + call.shownSource() + QStringLiteral(" to ") +
                   FileSystem::displayPath(destFile));
@@ -262,7 +261,7 @@ std::optional<FileStager::Next> FileStager::copy(Call& call, const Destination& 
     control.decidedOn = dest;
     control.mayReplace = [&](const FileStatus& found) {
         declinedNext = decideOverwrite(call, found);
-        call.Task = QStringLiteral("FileCopy");
+        call.task = Task::FileCopy;
         if (declinedNext && settings.Overwrite() != OverwriteMode::Prompt && !state.Cancelled)
             m_run.log(QStringLiteral(">>>") + FileSystem::displayPath(destFile) +
                       QStringLiteral(" appeared while it was being copied; it was not replaced."));
@@ -280,16 +279,17 @@ std::optional<FileStager::Next> FileStager::copy(Call& call, const Destination& 
     for (;;) {
         if (!state.writtenDirs.contains(destDir)) {
             state.writtenDirs.insert(destDir);
-            m_run.m_ops.removeStaleTemporaries(destDir);
+            m_run.ops().removeStaleTemporaries(destDir);
         }
-        const Result<CopiedFile> copied = m_run.m_ops.copyFile(
+        const Result<CopiedFile> copied = m_run.ops().copyFile(
             call.source, destFile, dest ? DestinationHint::Unknown : DestinationHint::Missing,
             control);
         if (copied.ok() && copied->declined)
             return declinedNext.value_or(Next::NextDestination);
         if (copied.ok()) {
+            state.copiedBytes += copied->source.size;
             if (settings.DelSource())
-                rememberCopy(call, to, copied.value());
+                rememberCopy(call, copied.value());
             if (!call.sourceStatus)
                 call.sourceStatus = copied->source;
             return std::nullopt;
@@ -300,12 +300,12 @@ std::optional<FileStager::Next> FileStager::copy(Call& call, const Destination& 
         if (copied.error().number() == ErrNo::PathNotFound) {
             // The destination directory is missing: made when the options say so, then the
             // copy is tried once more.
-            if (!m_run.m_settings.CreateDirs())
+            if (!m_run.settings().CreateDirs())
                 return Next::NextDestination;
             const auto permissions = [&](const QByteArray& dir) {
-                return permissionsFor(dir, to.base);
+                return permissionsFor(call, dir);
             };
-            if (madeDirs || !basLibrary::MakeDirTree(destDir, m_run.m_ops, host,
+            if (madeDirs || !basLibrary::MakeDirTree(destDir, m_run.ops(), host,
                                                      m_run.showErrMsgs(), permissions)) {
                 m_run.addProblemFile(call.source);
                 return Next::NextDestination;
@@ -321,24 +321,25 @@ std::optional<FileStager::Next> FileStager::copy(Call& call, const Destination& 
     }
 }
 
-void FileStager::rememberCopy(const Call& call, const Destination& to, const CopiedFile& copied) {
-    RunState& state = m_run.m_state;
+void FileStager::rememberCopy(const Call& call, const CopiedFile& copied) {
+    RunState& state = m_run.state();
     // The source as this copy read it: a move deletes it only if it is still so.
     RunState::Copied& entry = state.copiedSources[call.source];
     entry.source = copied.source;
     const bool known = std::any_of(entry.places.cbegin(), entry.places.cend(), [&](const auto& p) {
-        return p.relativeAt == call.relativeAt && p.base == to.base;
+        return p.relativeAt == call.relativeAt && p.destination == call.to;
     });
     if (!known)
-        entry.places.push_back({to.base, call.relativeAt, copied.device});
+        entry.places.push_back({call.to, call.relativeAt, copied.device});
     // The file now at the destination holds this source, until another copy replaces it.
     state.copyHolders.insert({copied.device, copied.inode}, call.source);
 }
 
-int FileStager::permissionsFor(const QByteArray& dir, const QByteArray& base) {
+int FileStager::permissionsFor(const Call& call, const QByteArray& dir) {
     // A selected file's directory is no counterpart of the destination's.
-    if (m_run.m_state.CurSourcePath == kVarious)
+    if (call.from->various)
         return -1;
+    const QByteArray& base = call.to->base;
     QByteArrayView below;
     if (dir != base) {
         const qsizetype start = base.endsWith('/') ? base.size() : base.size() + 1;
@@ -346,8 +347,8 @@ int FileStager::permissionsFor(const QByteArray& dir, const QByteArray& base) {
             return -1; // above the destination path: the default
         below = QByteArrayView(dir).sliced(start);
     }
-    const QByteArray source = NativePath::join(m_run.m_state.curSourceRoot, below);
-    const Result<FileStatus> status = m_run.m_ops.status(source, StatusDetail::WithoutAttributes);
+    const QByteArray source = NativePath::join(call.from->root, below);
+    const Result<FileStatus> status = m_run.ops().status(source, StatusDetail::WithoutAttributes);
     if (!status.ok() || !status->isDirectory)
         return -1;
     // The bits of the source directory it stands for, so that a private directory stays
@@ -358,12 +359,12 @@ int FileStager::permissionsFor(const QByteArray& dir, const QByteArray& base) {
 
 std::optional<FileStager::Next> FileStager::resetArchive(Call& call) {
     for (;;) {
-        const Result<int> attributes = m_run.m_ops.getAttributes(call.source);
+        const Result<int> attributes = m_run.ops().getAttributes(call.source);
         Result<void> reset;
         // Taken off without looking: a source whose attributes lack Archive gets a value the
         // file system refuses, and the user hears of it.
         if (attributes.ok() && attributes.value() != Attr::Normal)
-            reset = m_run.m_ops.setAttributes(call.source, attributes.value() - Attr::Archive);
+            reset = m_run.ops().setAttributes(call.source, attributes.value() - Attr::Archive);
         const Error& failure = attributes.ok() ? reset.error() : attributes.error();
         if (attributes.ok() && reset.ok()) {
             noteArchiveReset(call);
@@ -377,11 +378,11 @@ std::optional<FileStager::Next> FileStager::resetArchive(Call& call) {
 void FileStager::noteArchiveReset(const Call& call) {
     // Storing the attribute changed the source's change time: a move compares the source with
     // what it was after this, not before. Anything else that changed still keeps it.
-    RunState& state = m_run.m_state;
+    RunState& state = m_run.state();
     const auto entry = state.copiedSources.find(call.source);
     if (entry == state.copiedSources.end())
         return;
-    const Result<FileStatus> now = m_run.m_ops.status(call.source, StatusDetail::WithoutAttributes);
+    const Result<FileStatus> now = m_run.ops().status(call.source, StatusDetail::WithoutAttributes);
     FileStatus& was = entry->source;
     if (now.ok() && now->device == was.device && now->inode == was.inode && now->size == was.size &&
         now->modifiedNs == was.modifiedNs)
@@ -389,7 +390,7 @@ void FileStager::noteArchiveReset(const Call& call) {
 }
 
 FileStager::Next FileStager::handleError(const Error& error, Call& call) {
-    RunState& state = m_run.m_state;
+    RunState& state = m_run.state();
     const int number = error.number();
     QString message;
     QString boxText;
@@ -397,7 +398,8 @@ FileStager::Next FileStager::handleError(const Error& error, Call& call) {
     MsgButtons buttons = MsgButtons::AbortRetryIgnore;
     switch (number) {
     case ErrNo::InvalidCall:
-        message = QStringLiteral("Invalid procedure call or argument during task '") + call.Task +
+        message = QStringLiteral("Invalid procedure call or argument during task '") +
+                  (call.task ? taskName(*call.task) : QString()) +
                   QStringLiteral("' in ''.  Contact Technical Support for assistance.");
         title = QStringLiteral("Invalid Procedure Call or Argument");
         break;
@@ -412,7 +414,7 @@ FileStager::Next FileStager::handleError(const Error& error, Call& call) {
         title = QStringLiteral("File Access Permission Denied");
         break;
     case ErrNo::DiskFull:
-        message = QStringLiteral("The disk in drive ") + FileSystem::displayPath(call.drive) +
+        message = QStringLiteral("The disk in drive ") + FileSystem::displayPath(call.drive()) +
                   QStringLiteral(": is full.");
         boxText = message + QStringLiteral("  The file currently being copied is ") +
                   StagingRun::formatCount(call.sourceStatus
@@ -424,16 +426,15 @@ FileStager::Next FileStager::handleError(const Error& error, Call& call) {
         title = QStringLiteral("Disk Full");
         break;
     case ErrNo::DeviceUnavailable:
-        message = QStringLiteral("Drive ") + FileSystem::displayPath(call.drive) +
+        message = QStringLiteral("Drive ") + FileSystem::displayPath(call.drive()) +
                   QStringLiteral(": is not currently mapped or is otherwise unavailable.");
         title = QStringLiteral("Device Not Found");
         break;
     case ErrNo::PathNotFound:
-        message =
-            QStringLiteral("Source Path ") +
-            (call.Task == QLatin1String("CheckVarSP") ? FileSystem::displayPath(call.sourceDir)
-                                                      : NativeText::display(state.CurSourcePath)) +
-            QStringLiteral(" does not exist.");
+        message = QStringLiteral("Source Path ") +
+                  (call.task == Task::CheckVarSP ? FileSystem::displayPath(call.sourceDir)
+                                                 : NativeText::display(state.CurSourcePath)) +
+                  QStringLiteral(" does not exist.");
         title = QStringLiteral("Source Path Not Found");
         buttons = MsgButtons::OKCancel;
         break;
@@ -452,19 +453,19 @@ FileStager::Next FileStager::handleError(const Error& error, Call& call) {
 
     if (number == ErrNo::PathNotFound) {
         // The source's directory is gone: the file is abandoned for every destination.
-        if (call.Task == QLatin1String("CheckVarSP")) {
+        if (call.task == Task::CheckVarSP) {
             state.BadSourceDirs += FileSystem::displayPath(call.sourceDir) + QStringLiteral("\r\n");
             state.badSourceDirPaths.insert(call.sourceDir);
         }
         m_run.addProblemFile(call.source);
         if (answer == MsgAnswer::Cancel)
-            m_run.Cancel();
+            m_run.cancel();
         return Next::Return;
     }
     switch (answer) {
     case MsgAnswer::Abort:
     case MsgAnswer::Cancel:
-        m_run.Cancel();
+        m_run.cancel();
         m_run.addProblemFile(call.source);
         return Next::Return;
     case MsgAnswer::Retry:
@@ -473,11 +474,11 @@ FileStager::Next FileStager::handleError(const Error& error, Call& call) {
     default:
         if (number == ErrNo::DiskFull || number == ErrNo::DeviceUnavailable) {
             // Later files bound for this drive go straight to the problem list.
-            state.GoodDrives.removeAll(call.drive);
-            state.BadDrives.append(call.drive);
+            state.GoodDrives.removeAll(call.drive());
+            state.BadDrives.append(call.drive());
         }
         m_run.addProblemFile(call.source);
-        return call.Task == QLatin1String("CheckVarSP") ? Next::Return : Next::NextDestination;
+        return call.task == Task::CheckVarSP ? Next::Return : Next::NextDestination;
     }
 }
 

@@ -5,6 +5,7 @@
 #include "platform/FileSystem.h"
 #include "platform/NativePath.h"
 #include "platform/Volumes.h"
+#include "staging/RunContext.h"
 #include "staging/StagingFileOps.h"
 #include "staging/StagingHost.h"
 #include "staging/StagingLog.h"
@@ -39,11 +40,11 @@ QString StagingRun::formatCount(qint64 count) {
     return locale.toString(count);
 }
 
-RunCompletion::RunCompletion(StagingRun& run) : m_run(run) {}
+RunCompletion::RunCompletion(RunContext& run) : m_run(run) {}
 
 QString RunCompletion::whyKept(const QByteArray& path, const FileStatus& now,
                                const std::vector<dev_t>& unsynced) const {
-    const RunState& state = m_run.m_state;
+    const RunState& state = m_run.state();
     const auto copied = state.copiedSources.constFind(path);
     if (copied == state.copiedSources.cend())
         return {};
@@ -55,12 +56,12 @@ QString RunCompletion::whyKept(const QByteArray& path, const FileStatus& now,
     // source: not one that a later copy of another source replaced, nor one changed or removed
     // since.
     for (const RunState::CopyPlace& place : copied->places) {
-        const QByteArray copy =
-            NativePath::join(place.base, QByteArrayView(path).sliced(place.relativeAt));
+        const QByteArray copy = NativePath::join(place.destination->base,
+                                                 QByteArrayView(path).sliced(place.relativeAt));
         if (std::find(unsynced.cbegin(), unsynced.cend(), place.device) != unsynced.cend())
             return QStringLiteral(" was copied to ") + FileSystem::displayPath(copy) +
                    QStringLiteral(", which the disk failed to write; it was not deleted.");
-        const Result<FileStatus> there = m_run.m_ops.status(copy, StatusDetail::WithoutAttributes);
+        const Result<FileStatus> there = m_run.ops().status(copy, StatusDetail::WithoutAttributes);
         const bool holds =
             there.ok() && state.copyHolders.value({there->device, there->inode}) == path &&
             there->size == copied->source.size && there->modified == copied->source.modified;
@@ -72,15 +73,15 @@ QString RunCompletion::whyKept(const QByteArray& path, const FileStatus& now,
 }
 
 std::vector<dev_t> RunCompletion::syncCopies() {
-    RunState& state = m_run.m_state;
-    const std::vector<dev_t> failed = m_run.m_ops.syncFileSystems();
+    RunState& state = m_run.state();
+    const std::vector<dev_t> failed = m_run.ops().syncFileSystems();
     for (const dev_t device : failed) {
         // Named by the drive as the run knows it: the mount point of a copy on that device.
         QByteArray drive;
         for (const RunState::Copied& copied : std::as_const(state.copiedSources)) {
             for (const RunState::CopyPlace& place : copied.places)
                 if (place.device == device && drive.isEmpty())
-                    drive = Volumes::mountPointOf(place.base);
+                    drive = place.destination->drive;
         }
         m_run.logError(QStringLiteral("The disk in drive ") + FileSystem::displayPath(drive) +
                        QStringLiteral(": failed to write the copies made on it.  Their source "
@@ -90,26 +91,44 @@ std::vector<dev_t> RunCompletion::syncCopies() {
 }
 
 void RunCompletion::keepTheRest(size_t from) {
-    RunState& state = m_run.m_state;
+    RunState& state = m_run.state();
     QSet<QByteArray> listed;
     for (size_t i = from; i < state.lstDelSource.size(); ++i) {
         const QByteArray& path = state.lstDelSource[i];
         if (state.problemPaths.contains(path) || listed.contains(path))
             continue;
         listed.insert(path);
-        state.UndeletedFiles += FileSystem::displayPath(path) + kCrLf;
+        state.deletions.push_back({path, RunState::Deletion::NotReached});
+    }
+}
+
+void RunCompletion::tallyDeletions() {
+    RunState& state = m_run.state();
+    using Deletion = RunState::Deletion;
+    for (const RunState::DeletionRecord& record : state.deletions) {
+        switch (record.outcome) {
+        case Deletion::Deleted:
+        case Deletion::Failed:
+            ++state.DeletedCount;
+            break;
+        case Deletion::NotPermitted:
+        case Deletion::Kept:
+        case Deletion::NotReached:
+            state.UndeletedFiles += FileSystem::displayPath(record.path) + kCrLf;
+            break;
+        }
     }
 }
 
 void RunCompletion::deleteSources() {
-    RunState& state = m_run.m_state;
-    const clsOndrelApp& settings = m_run.m_settings;
+    RunState& state = m_run.state();
+    const clsOndrelApp& settings = m_run.settings();
     if (state.lstDelSource.empty() || !settings.DelSource() || state.Cancelled)
         return;
     // The sources are reached as the walk reached them: below a source path, never through a
     // link to a directory that someone put there since.
     const DirectoryHandles::Scope handles;
-    m_run.addRoots();
+    m_run.plan().addRoots();
     // The copies reach the disk before any source goes.
     const std::vector<dev_t> unsynced = syncCopies();
     QSet<QByteArray> kept;
@@ -119,22 +138,20 @@ void RunCompletion::deleteSources() {
         if (state.problemPaths.contains(path) || kept.contains(path))
             continue;
         // Cancel and Ctrl-C stop the deletions too: what is not yet deleted stays.
-        m_run.m_host.yield();
+        m_run.host().yield();
         if (state.Cancelled) {
             state.deletionsStopped = true;
             keepTheRest(i);
             return;
         }
-        ++state.DeletedCount;
         const QString shown = FileSystem::displayPath(path);
-        const Result<FileStatus> now = m_run.m_ops.status(path, StatusDetail::WithoutAttributes);
+        const Result<FileStatus> now = m_run.ops().status(path, StatusDetail::WithoutAttributes);
         Result<void> removed;
         bool deletedBefore = false;
         if (now.ok()) {
             if (const QString why = whyKept(path, *now, unsynced); !why.isEmpty()) {
-                --state.DeletedCount;
                 kept.insert(path);
-                state.UndeletedFiles += shown + kCrLf;
+                state.deletions.push_back({path, RunState::Deletion::Kept});
                 m_run.log(QStringLiteral(">>>") + shown + why);
                 continue;
             }
@@ -148,9 +165,8 @@ void RunCompletion::deleteSources() {
             if (now.error().number() == ErrNo::PathFileAccess) {
                 // A directory on its way was swapped for a link since the walk: what the path
                 // leads to now is not what was copied.
-                --state.DeletedCount;
                 kept.insert(path);
-                state.UndeletedFiles += shown + kCrLf;
+                state.deletions.push_back({path, RunState::Deletion::Kept});
                 m_run.logError(shown + QStringLiteral(" is reached through a link to a directory "
                                                       "now; it was not deleted."));
                 continue;
@@ -159,15 +175,16 @@ void RunCompletion::deleteSources() {
                 removed = now.error();
         }
         if (removed.ok())
-            removed = m_run.m_ops.deleteFile(path);
+            removed = m_run.ops().deleteFile(path);
         if (removed.ok()) {
             if (now.ok())
                 deleted.insert({now->device, now->inode});
+            state.deletions.push_back({path, RunState::Deletion::Deleted});
             continue;
         }
         const int number = removed.error().number();
         if (number == ErrNo::PathFileAccess || number == ErrNo::PermissionDenied) {
-            state.UndeletedFiles += shown + kCrLf;
+            state.deletions.push_back({path, RunState::Deletion::NotPermitted});
             const QString text = QStringLiteral("Unable to delete ") + shown +
                                  QStringLiteral(".  You may not have delete rights, or the file "
                                                 "may be Read-Only.");
@@ -175,8 +192,8 @@ void RunCompletion::deleteSources() {
             if (m_run.showErrMsgs())
                 m_run.ask(path, text, MsgButtons::OK, MsgIcon::Exclamation,
                           QStringLiteral("File Access Error"));
-            --state.DeletedCount;
         } else {
+            state.deletions.push_back({path, RunState::Deletion::Failed});
             const bool errorBefore = state.errorReported;
             m_run.reportError(
                 removed.error(),
@@ -191,8 +208,8 @@ void RunCompletion::deleteSources() {
 }
 
 QString RunCompletion::summary() const {
-    const RunState& state = m_run.m_state;
-    const bool move = m_run.m_settings.DelSource();
+    const RunState& state = m_run.state();
+    const bool move = m_run.settings().DelSource();
     QString text;
     text += QStringLiteral("Start Date/Time:\t") + summaryDateTime(state.StartTime) + kCrLf;
     text +=
@@ -220,23 +237,26 @@ QString RunCompletion::summary() const {
     return text;
 }
 
-void RunCompletion::Unload() {
+RunSummary RunCompletion::Unload() {
     deleteSources();
-    const bool cancelled = m_run.m_state.Cancelled;
-    m_run.m_summaryText = summary();
-    m_run.m_summaryTitle =
+    tallyDeletions();
+    const bool cancelled = m_run.state().Cancelled;
+    RunSummary shown;
+    shown.text = summary();
+    shown.title =
         cancelled ? QStringLiteral("Staging Aborted!") : QStringLiteral("Staging Complete!");
-    if (m_run.m_log) {
+    if (m_run.logFile()) {
         m_run.log(cancelled ? QStringLiteral("Staging aborted")
                             : QStringLiteral("Staging completed"));
-        QString text = m_run.m_summaryText;
+        QString text = shown.text;
         if (text.endsWith(kCrLf))
             text.chop(2);
         for (const QString& line : text.split(kCrLf))
             m_run.log(line);
         m_run.closeLog();
     }
-    m_run.m_host.showSummary(m_run.m_summaryTitle, m_run.m_summaryText);
+    m_run.host().showSummary(shown.title, shown.text);
+    return shown;
 }
 
 } // namespace ondrel

@@ -16,6 +16,8 @@
 
 namespace ondrel {
 
+struct PlannedDestination;
+
 // The state a staging run keeps for its whole life.
 struct RunState {
     bool Cancelled = false;
@@ -29,11 +31,10 @@ struct RunState {
     // 32 bits: a run of a large tree copies far more than 32767 files.
     qint32 CopiedCount = 0;
     qint32 DeletedCount = 0;
+    // The bytes of the copies made so far (a progress display shows them).
+    qint64 copiedBytes = 0;
     QDateTime StartTime;
     QString CurSourcePath;
-    // The source path being walked as the walk reaches it: native, absolute, without a trailing
-    // separator. The walk's files are this joined to their path below it.
-    QByteArray curSourceRoot;
     // Source files to delete at the end of a move, once per destination copied.
     std::vector<QByteArray> lstDelSource;
 
@@ -49,8 +50,8 @@ struct RunState {
     // (unchanged since?), and where each copy is (does it still hold the source?).
     using FileId = std::pair<dev_t, ino_t>;
     struct CopyPlace {
-        QByteArray base;      // the destination path, native
-        qsizetype relativeAt; // the copy is base joined to the source's path from here on
+        const PlannedDestination* destination;
+        qsizetype relativeAt; // the copy is the destination joined to the source's path from here
         dev_t device;         // the file system that holds the copy
     };
     struct Copied {
@@ -67,6 +68,20 @@ struct RunState {
     QSet<QByteArray> writtenDirs;
     // Directories the run has made: a destination missing when the run began may exist now.
     int madeDirectories = 0;
+    // What became of each entry of lstDelSource that the deletions reached, in order: the
+    // count of deletions and the list of files kept are made from these.
+    enum class Deletion {
+        Deleted,
+        Failed,       // reported as an error; counted, as the attempt was made
+        NotPermitted, // no right to delete it: kept
+        Kept,         // changed since it was copied, or a copy no longer holds it: kept
+        NotReached,   // the deletions were stopped before it: kept
+    };
+    struct DeletionRecord {
+        QByteArray path;
+        Deletion outcome;
+    };
+    std::vector<DeletionRecord> deletions;
     // Cancel came while the sources of a move were being deleted: some are gone, the rest kept.
     bool deletionsStopped = false;
 };

@@ -182,11 +182,20 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(at("run.log")));
     }
 
+    void copiesTree_data() {
+        QTest::addColumn<QStringList>("extra");
+        QTest::newRow("plain") << QStringList{};
+        QTest::newRow("quiet") << QStringList{"--quiet"};
+    }
+
     void copiesTree() {
+        QFETCH(QStringList, extra);
         makeTree({});
-        const Outcome r =
-            stage({"--batch", "--options", "%T/job.opt", "--log", "%T/run.log", "%T/job.spc"});
+        const Outcome r = stage(extra + QStringList{"--batch", "--options", "%T/job.opt", "--log",
+                                                    "%T/run.log", "%T/job.spc"});
         QCOMPARE(r.code, 0);
+        // Standard error is no terminal here: no progress line, nor anything else.
+        QCOMPARE(r.err, QString());
         QCOMPARE(readFile(at("dst/a.txt")), QByteArray("A"));
         QCOMPARE(readFile(at("dst/sub/b.txt")), QByteArray("B"));
         QCOMPARE(readFile(at("dst/sub/deeper/c.txt")), QByteArray("C"));
@@ -550,6 +559,48 @@ private Q_SLOTS:
         QVERIFY(QDir(at("dst")).entryList(QDir::Files).size() < count);
     }
 
+    // Runs the program on a terminal of its own with args (after the program), typing typed
+    // once the overwrite question is asked; what it showed on the terminal. status: how it
+    // ended (waitpid's).
+    QByteArray onTerminal(const QStringList& args, const QByteArray& typed, int& status) {
+        QList<QByteArray> words = {ONDREL_STAGE};
+        for (const QString& arg : args)
+            words << QFile::encodeName(QString(arg).replace("%T", m_dir->path()));
+        std::vector<char*> argv;
+        for (const QByteArray& a : words)
+            argv.push_back(const_cast<char*>(a.constData()));
+        argv.push_back(nullptr);
+
+        int master = -1;
+        const pid_t pid = ::forkpty(&master, nullptr, nullptr, nullptr);
+        if (pid < 0)
+            return {};
+        if (pid == 0) {
+            ::execv(argv[0], argv.data());
+            ::_exit(127);
+        }
+        QByteArray transcript;
+        bool typedIn = typed.isEmpty();
+        bool ended = false;
+        for (QDeadlineTimer deadline(30000); !ended && !deadline.hasExpired();) {
+            pollfd p{master, POLLIN, 0};
+            if (::poll(&p, 1, 100) <= 0)
+                continue;
+            char buffer[4096];
+            const ssize_t n = ::read(master, buffer, sizeof buffer);
+            ended = n <= 0; // the program has ended and closed its terminal
+            if (n > 0)
+                transcript.append(buffer, n);
+            if (!typedIn && transcript.contains("(Enter: No)? "))
+                typedIn = ::write(master, typed.constData(), size_t(typed.size())) > 0;
+        }
+        if (!ended)
+            ::kill(pid, SIGKILL);
+        ::waitpid(pid, &status, 0);
+        ::close(master);
+        return transcript;
+    }
+
     // On a terminal the question is asked, with the answers from the command line as the
     // default; an answer that names no button is asked again.
     void questionOnTerminal_data() {
@@ -571,46 +622,40 @@ private Q_SLOTS:
         QFETCH(QByteArray, content);
         makeTree({{"Overwrite", "1"}});
         QVERIFY(writeFile(at("dst/a.txt"), "old"));
-        const QList<QByteArray> args = {ONDREL_STAGE, "--options", QFile::encodeName(at("job.opt")),
-                                        QFile::encodeName(at("job.spc"))};
-        std::vector<char*> argv;
-        for (const QByteArray& a : args)
-            argv.push_back(const_cast<char*>(a.constData()));
-        argv.push_back(nullptr);
-
-        int master = -1;
-        const pid_t pid = ::forkpty(&master, nullptr, nullptr, nullptr);
-        QVERIFY(pid >= 0);
-        if (pid == 0) {
-            ::execv(argv[0], argv.data());
-            ::_exit(127);
-        }
-        QByteArray transcript;
-        bool typedIn = false;
-        bool ended = false;
-        for (QDeadlineTimer deadline(30000); !ended && !deadline.hasExpired();) {
-            pollfd p{master, POLLIN, 0};
-            if (::poll(&p, 1, 100) <= 0)
-                continue;
-            char buffer[4096];
-            const ssize_t n = ::read(master, buffer, sizeof buffer);
-            ended = n <= 0; // the program has ended and closed its terminal
-            if (n > 0)
-                transcript.append(buffer, n);
-            if (!typedIn && transcript.contains("(Enter: No)? "))
-                typedIn = ::write(master, typed.constData(), size_t(typed.size())) > 0;
-        }
-        if (!ended)
-            ::kill(pid, SIGKILL);
         int status = 0;
-        ::waitpid(pid, &status, 0);
-        ::close(master);
-        QVERIFY2(typedIn, transcript.constData());
+        const QByteArray transcript =
+            onTerminal({"--options", "%T/job.opt", "%T/job.spc"}, typed, status);
+        QVERIFY2(transcript.contains("(Enter: No)? "), transcript.constData());
         QVERIFY(transcript.contains("Overwrite Existing File?"));
         QVERIFY(transcript.contains("already exists.  Do you want to overwrite it?"));
+        // The progress line is taken away before the question.
+        QVERIFY(transcript.contains("\r\x1b[K\r\nOverwrite Existing File?"));
         QVERIFY(WIFEXITED(status));
         QCOMPARE(WEXITSTATUS(status), code);
         QCOMPARE(readFile(at("dst/a.txt")), content);
+    }
+
+    // On a terminal the progress line is drawn (the first look at the run draws it at once),
+    // and cleared before the summary; --quiet leaves it out.
+    void progressOnTerminal_data() {
+        QTest::addColumn<QStringList>("extra");
+        QTest::addColumn<bool>("shown");
+        QTest::newRow("shown") << QStringList{} << true;
+        QTest::newRow("quiet") << QStringList{"--quiet"} << false;
+    }
+
+    void progressOnTerminal() {
+        QFETCH(QStringList, extra);
+        QFETCH(bool, shown);
+        makeTree({});
+        int status = 0;
+        const QByteArray transcript = onTerminal(
+            extra + QStringList{"--batch", "--options", "%T/job.opt", "%T/job.spc"}, {}, status);
+        QVERIFY(WIFEXITED(status));
+        QCOMPARE(WEXITSTATUS(status), 0);
+        QVERIFY2(transcript.contains("# of Files Copied:\t3"), transcript.constData());
+        QCOMPARE(transcript.contains("0 files  0 B  searching "), shown);
+        QCOMPARE(transcript.contains("\r\x1b[KStaging Complete!"), shown);
     }
 };
 

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "platform/DirectoryHandles.h"
+#include "platform/FileSystem.h"
+#include "platform/PosixFile.h"
+
+#include <QByteArray>
+#include <QByteArrayView>
+
+#include <optional>
+
+#include <sys/stat.h>
+
+namespace ondrel {
+
+// One copy of a file, in the two steps a destination sees it in. The transfer makes the new
+// file complete beside the destination, without a name (or under a temporary one where the
+// file system cannot make unnamed files): the source opened, the file made, the data copied,
+// its times and bits set. The commit gives it the destination's name, judging afresh what
+// stands there. A job given up before its commit leaves nothing behind: an unnamed file is
+// gone when closed, a temporary is removed.
+//
+// The destination's directory handle is the calling thread's (DirectoryHandles): a job is
+// made, transferred and committed on one thread.
+class CopyJob {
+public:
+    // source, destination: see FileSystem::copyFile; both outlive the job.
+    CopyJob(const QByteArray& source, const QByteArray& destination, DestinationHint hint,
+            const CopyControl& control);
+    ~CopyJob();
+    CopyJob(const CopyJob&) = delete;
+    CopyJob& operator=(const CopyJob&) = delete;
+
+    // Everything but the name; a failure leaves nothing behind.
+    Result<void> transfer();
+    // The name, after a transfer that succeeded.
+    Result<CopiedFile> commit();
+    // After commit: this system cannot name a file made without one after all, and the copy is
+    // to be made again (it then goes by a temporary name).
+    bool mustRedoNamed() const { return m_redoNamed; }
+
+private:
+    // The steps of the transfer, in order.
+    Result<void> openSource();
+    Result<void> openDestinationDirectory();
+    Result<void> refuseWhatStands() const;
+    Result<void> makeUnnamed();
+    Result<void> makeTemporary();
+    int copyData();
+    int setTimesAndBits();
+    // The steps of the commit.
+    Result<CopiedFile> linkUnnamed();
+    Result<CopiedFile> renameTemporary();
+    // nothing: found (at the destination) may be replaced; otherwise the outcome of the copy.
+    std::optional<Result<CopiedFile>> judge(const struct stat& found);
+    // Why what stands at the destination may not be replaced, if it may not.
+    std::optional<Error> refusalOf(const struct stat& found) const;
+    CopiedFile copied() const;
+    // Takes back the new file (closes it, removes its temporary name).
+    void discard();
+    Result<CopiedFile> fail(int e);
+    QByteArray dirPath() const;
+
+    const QByteArray& m_source;
+    const QByteArray& m_destination;
+    const DestinationHint m_hint;
+    const CopyControl& m_control;
+
+    posix::Fd m_ownIn;
+    int m_in = -1;
+    struct stat m_src {};
+    int m_stored = -1; // the source's stored attributes
+    QByteArrayView m_name;
+    DirectoryHandles::At m_to{-1, nullptr};
+    QByteArray m_dirPrefix; // where there is no handle on the destination's directory
+    posix::Fd m_out;
+    bool m_unnamed = false;
+    QByteArray m_temp; // the temporary name, or the destination's once the copy has taken it
+    mode_t m_mode = 0;
+    bool m_modeNeedsSetting = false;
+    struct stat m_made {};
+    std::optional<FileStatus> m_accepted;
+    bool m_redoNamed = false;
+};
+
+} // namespace ondrel
