@@ -247,6 +247,16 @@ int CopyJob::setTimesAndBits() {
     return 0;
 }
 
+Result<void> CopyJob::holdDirectory() {
+    if (m_to.dir < 0 || m_ownTo)
+        return {};
+    m_ownTo.reset(::fcntl(m_to.dir, F_DUPFD_CLOEXEC, 0));
+    if (!m_ownTo)
+        return errnoError(errno, dirPath());
+    m_to.dir = m_ownTo.get();
+    return {};
+}
+
 Result<CopiedFile> CopyJob::commit() {
     // The rule that let the copy replace what stood at the destination was decided on the file
     // that stood there then. A file found there now that is not that one (it appeared, or was

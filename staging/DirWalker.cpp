@@ -8,9 +8,12 @@
 #include "spec/clsSpecFile.h"
 #include "staging/RunContext.h"
 #include "staging/StagingHost.h"
+#include "staging/TransferAhead.h"
 
 #include <QDir>
 #include <QFile>
+
+#include <algorithm>
 
 namespace ondrel {
 
@@ -235,12 +238,23 @@ bool DirWalker::DirWalk(const PlannedSource& SourcePath, const QByteArray& Dir) 
         if (files->empty())
             continue;
         host.setProgressRange(int(files->size()));
-        for (const QByteArray& name : *files) {
-            m_stager.StageFile(group, NativePath::join(Dir, name), SourcePath.relativeAt);
+        // With workers, the files after the one being staged are transferred ahead of it, from
+        // the second on: the first may make the destination's directory.
+        size_t ahead = 1;
+        for (size_t i = 0; i < files->size(); ++i) {
+            m_stager.StageFile(group, NativePath::join(Dir, (*files)[i]), SourcePath.relativeAt);
             if (state.Cancelled)
                 return false;
+            if (TransferAhead* transfers = m_run.ahead()) {
+                for (ahead = std::max(ahead, i + 1); ahead < files->size() && transfers->hasRoom();
+                     ++ahead)
+                    m_stager.expect(group, NativePath::join(Dir, (*files)[ahead]),
+                                    SourcePath.relativeAt);
+            }
             host.advanceProgress();
         }
+        if (TransferAhead* transfers = m_run.ahead())
+            transfers->discardAll();
     }
     return true;
 }
