@@ -28,9 +28,11 @@ TransferAhead::~TransferAhead() {
 }
 
 void TransferAhead::submit(const QByteArray& source, const QByteArray& destination) {
+    // Copies of the entry's own: a worker's reads of them never share a buffer that another
+    // thread may free.
     auto entry = std::make_shared<Entry>();
-    entry->source = source;
-    entry->destination = destination;
+    entry->source = QByteArray(source.constData(), source.size());
+    entry->destination = QByteArray(destination.constData(), destination.size());
     Entry* raw = entry.get();
     entry->control.keepGoing = [raw] {
         ++raw->looks;
