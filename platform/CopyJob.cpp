@@ -61,9 +61,11 @@ QByteArray CopyJob::dirPath() const {
     return parentOf(m_destination);
 }
 
-Result<void> CopyJob::transfer() {
+Result<void> CopyJob::transfer(qint64 largest) {
     if (const Result<void> opened = openSource(); !opened)
         return opened;
+    if (largest >= 0 && m_src.st_size > largest)
+        return error(ErrNo::PathFileAccess);
     if (const Result<void> opened = openDestinationDirectory(); !opened)
         return opened;
     if (const Result<void> refused = refuseWhatStands(); !refused)

@@ -32,8 +32,9 @@ public:
     CopyJob(const CopyJob&) = delete;
     CopyJob& operator=(const CopyJob&) = delete;
 
-    // Everything but the name; a failure leaves nothing behind.
-    Result<void> transfer();
+    // Everything but the name; a failure leaves nothing behind. largest: a source larger than
+    // this is refused (75) before anything is made; -1 for none.
+    Result<void> transfer(qint64 largest = -1);
     // After a transfer that succeeded: the job keeps a handle of its own on the destination's
     // directory, so that the thread that transferred it may go on to other directories.
     Result<void> holdDirectory();

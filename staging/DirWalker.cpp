@@ -238,14 +238,16 @@ bool DirWalker::DirWalk(const PlannedSource& SourcePath, const QByteArray& Dir) 
         if (files->empty())
             continue;
         host.setProgressRange(int(files->size()));
-        // With workers, the files after the one being staged are transferred ahead of it, from
-        // the second on: the first may make the destination's directory.
+        // With workers, the files after the one being staged are transferred ahead of it once a
+        // file here was copied where it was missing (a directory copied afresh, whose first file
+        // may have made the destination's directory; a re-run copies nothing ahead).
         size_t ahead = 1;
         for (size_t i = 0; i < files->size(); ++i) {
             m_stager.StageFile(group, NativePath::join(Dir, (*files)[i]), SourcePath.relativeAt);
             if (state.Cancelled)
                 return false;
-            if (TransferAhead* transfers = m_run.ahead()) {
+            TransferAhead* transfers = m_run.ahead();
+            if (transfers && (m_stager.copiedToMissing() || ahead > i + 1)) {
                 for (ahead = std::max(ahead, i + 1); ahead < files->size() && transfers->hasRoom();
                      ++ahead)
                     m_stager.expect(group, NativePath::join(Dir, (*files)[ahead]),

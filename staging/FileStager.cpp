@@ -43,6 +43,7 @@ void FileStager::StageFile(const PlannedGroup& FileGroup, const QByteArray& Sour
                            qsizetype relativeAt) {
     RunState& state = m_run.state();
     StagingHost& host = m_run.host();
+    m_copiedToMissing = false;
     host.yield();
     if (state.Cancelled)
         return;
@@ -309,6 +310,7 @@ std::optional<FileStager::Next> FileStager::copy(Call& call,
             m_run.ahead()->discardAll())
             continue;
         if (copied.ok()) {
+            m_copiedToMissing = m_copiedToMissing || !dest;
             state.copiedBytes += copied->source.size;
             if (settings.DelSource())
                 rememberCopy(call, copied.value());

@@ -31,6 +31,10 @@ public:
     // before it. Its copies are transferred ahead, and committed when StageFile reaches them.
     void expect(const PlannedGroup& FileGroup, const QByteArray& SourceFile, qsizetype relativeAt);
 
+    // Whether the last StageFile copied the file to a destination where it was missing: a
+    // directory being copied afresh, whose next files are worth transferring ahead.
+    bool copiedToMissing() const { return m_copiedToMissing; }
+
 private:
     // What StageFile is doing when a step fails; its name is in the text of error 5.
     enum class Task { CheckVarSP, CheckDPDrive, GetSPAttr, GetDPAttr, FileCopy, ProcessDP };
@@ -85,6 +89,7 @@ private:
     Next handleError(const Error& error, Call& call);
 
     RunContext& m_run;
+    bool m_copiedToMissing = false;
 };
 
 } // namespace ondrel

@@ -74,14 +74,9 @@ public:
         // A destination that stands is decided on by the run first: nothing to make ahead.
         if (FileSystem::status(destination, StatusDetail::Probe).ok())
             return Error(ErrNo::PathFileAccess);
-        const Result<FileStatus> from = FileSystem::status(source, StatusDetail::WithoutAttributes);
-        if (!from.ok())
-            return from.error();
-        if (from->size > largest)
-            return Error(ErrNo::PathFileAccess);
         auto job =
             std::make_unique<CopyJob>(source, destination, DestinationHint::Missing, control);
-        if (Result<void> done = job->transfer(); !done)
+        if (Result<void> done = job->transfer(largest); !done)
             return done.error();
         if (Result<void> held = job->holdDirectory(); !held)
             return held.error();

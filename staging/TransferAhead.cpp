@@ -22,7 +22,7 @@ TransferAhead::~TransferAhead() {
         const std::lock_guard lock(m_mutex);
         m_quit = true;
     }
-    m_changed.notify_all();
+    m_work.notify_all();
     for (std::thread& worker : m_workers)
         worker.join();
 }
@@ -42,7 +42,7 @@ void TransferAhead::submit(const QByteArray& source, const QByteArray& destinati
         const std::lock_guard lock(m_mutex);
         m_queue.push_back(std::move(entry));
     }
-    m_changed.notify_one();
+    m_work.notify_one();
 }
 
 void TransferAhead::drop(const std::shared_ptr<Entry>& entry) {
@@ -67,12 +67,13 @@ std::shared_ptr<TransferAhead::Entry> TransferAhead::take(const QByteArray& sour
         if (m_queue.empty())
             return nullptr;
         // First in line, it is never held back by the window's bytes.
-        m_changed.notify_all();
-        m_changed.wait(lock, [&] { return m_queue.front()->state == Entry::State::Done; });
+        m_done.wait(lock, [&] { return m_queue.front()->state == Entry::State::Done; });
         found = std::move(m_queue.front());
         m_queue.pop_front();
+        const bool wasFull = m_bytesDone >= kMaxBytes;
         m_bytesDone -= found->bytes;
-        m_changed.notify_all(); // the window has room again
+        if (wasFull)
+            m_work.notify_all(); // the window has room again
         if (!found->job) {
             diskFull = found->failure == ErrNo::DiskFull;
             found.reset();
@@ -91,8 +92,8 @@ bool TransferAhead::discardAll() {
         for (const std::shared_ptr<Entry>& entry : m_queue)
             drop(entry);
         dropped.swap(m_queue);
-        m_changed.notify_all();
-        m_changed.wait(lock, [&] { return m_working == 0; });
+        m_work.notify_all();
+        m_done.wait(lock, [&] { return m_working == 0; });
     }
     return !dropped.empty();
 }
@@ -105,7 +106,7 @@ void TransferAhead::work(const RunPlan& plan) {
     std::unique_lock lock(m_mutex);
     for (;;) {
         std::shared_ptr<Entry> entry;
-        m_changed.wait(lock, [&] {
+        m_work.wait(lock, [&] {
             if (m_quit)
                 return true;
             const auto waiting = std::find_if(m_queue.begin(), m_queue.end(), [](const auto& e) {
@@ -150,7 +151,7 @@ void TransferAhead::work(const RunPlan& plan) {
         else
             m_bytesDone += bytes;
         --m_working;
-        m_changed.notify_all();
+        m_done.notify_one();
         entry.reset();
     }
 }

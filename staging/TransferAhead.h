@@ -76,7 +76,8 @@ private:
 
     StagingFileOps& m_ops;
     std::mutex m_mutex;
-    std::condition_variable m_changed;
+    std::condition_variable m_work; // for the workers: a transfer to begin, or the end
+    std::condition_variable m_done; // for the run: a transfer complete, or no worker working
     std::deque<std::shared_ptr<Entry>> m_queue; // in the run's order
     qint64 m_bytesDone = 0;                     // of the transfers complete and not yet taken
     int m_working = 0;
