@@ -7,6 +7,9 @@
 
 #include <algorithm>
 
+#include <pthread.h>
+#include <signal.h>
+
 namespace ondrel {
 
 TransferAhead::Entry::~Entry() = default;
@@ -99,6 +102,10 @@ bool TransferAhead::discardAll() {
 }
 
 void TransferAhead::work(const RunPlan& plan) {
+    // Signals (Ctrl-C above all) go to the run's thread, whose questions wait for them.
+    sigset_t all;
+    sigfillset(&all);
+    ::pthread_sigmask(SIG_BLOCK, &all, nullptr);
     // The worker's own handles on the directories it copies into, opened from the roots as the
     // run's are: no link planted below a root is followed here either.
     const DirectoryHandles::Scope handles;
