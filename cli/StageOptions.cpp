@@ -16,6 +16,8 @@ constexpr AnswerWord kOverwriteWords[] = {
     {"yes", MsgAnswer::Yes}, {"no", MsgAnswer::No}, {"cancel", MsgAnswer::Cancel}};
 constexpr AnswerWord kErrorWords[] = {{"abort", MsgAnswer::Abort}, {"ignore", MsgAnswer::Ignore}};
 constexpr AnswerWord kQuestionWords[] = {{"ok", MsgAnswer::OK}, {"cancel", MsgAnswer::Cancel}};
+// More threads than this only wait on the same disks.
+constexpr int kMaxJobs = 64;
 
 template <std::size_t N>
 std::optional<MsgAnswer> answerFor(const AnswerWord (&words)[N], const QString& value) {
@@ -101,6 +103,8 @@ private:
             noValue(name, joined);
             m_noLog = true;
             m_options.log = StageOptions::LogChoice::None;
+        } else if (name == QLatin1String("--jobs")) {
+            jobsValue(name, joined);
         } else if (name == QLatin1String("--options")) {
             m_options.optionsFile = fileValue(name, joined);
         } else if (name == QLatin1String("--log")) {
@@ -155,6 +159,19 @@ private:
                  QStringLiteral(", not \"") + word + QStringLiteral("\""));
     }
 
+    void jobsValue(const QString& name, const std::optional<QString>& joined) {
+        const QString word = value(name, joined);
+        if (!m_options.error.isEmpty())
+            return;
+        bool ok = false;
+        const int jobs = word.toInt(&ok);
+        if (ok && jobs >= 1 && jobs <= kMaxJobs)
+            m_options.jobs = jobs;
+        else
+            fail(name + QStringLiteral(" must be a number from 1 to ") + QString::number(kMaxJobs) +
+                 QStringLiteral(", not \"") + word + QStringLiteral("\""));
+    }
+
     void fail(const QString& message) {
         if (m_options.error.isEmpty())
             m_options.error = message;
@@ -199,6 +216,11 @@ QString StageOptions::usage() {
         "  --on-error=abort|ignore     answer to Abort/Retry/Ignore questions\n"
         "                              (default ignore)\n"
         "  --on-question=ok|cancel     answer to OK/Cancel questions (default ok)\n"
+        "  --jobs N         copy with N threads (1 to 64; default 1): files are copied\n"
+        "                   ahead of the run and each takes its name in the run's\n"
+        "                   order, so the log, the questions and the result are those\n"
+        "                   of --jobs 1; a dry run, a move, attribute filters, the\n"
+        "                   Archive reset and files over 8 MiB copy one at a time\n"
         "  --quiet          no progress line (it is shown only when standard error\n"
         "                   is a terminal: files and bytes copied, the rate, the\n"
         "                   current file)\n"

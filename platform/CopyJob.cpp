@@ -61,9 +61,11 @@ QByteArray CopyJob::dirPath() const {
     return parentOf(m_destination);
 }
 
-Result<void> CopyJob::transfer() {
+Result<void> CopyJob::transfer(qint64 largest) {
     if (const Result<void> opened = openSource(); !opened)
         return opened;
+    if (largest >= 0 && m_src.st_size > largest)
+        return error(ErrNo::PathFileAccess);
     if (const Result<void> opened = openDestinationDirectory(); !opened)
         return opened;
     if (const Result<void> refused = refuseWhatStands(); !refused)
@@ -245,6 +247,16 @@ int CopyJob::setTimesAndBits() {
     if (::fstat(m_out.get(), &m_made) != 0)
         return errno;
     return 0;
+}
+
+Result<void> CopyJob::holdDirectory() {
+    if (m_to.dir < 0 || m_ownTo)
+        return {};
+    m_ownTo.reset(::fcntl(m_to.dir, F_DUPFD_CLOEXEC, 0));
+    if (!m_ownTo)
+        return errnoError(errno, dirPath());
+    m_to.dir = m_ownTo.get();
+    return {};
 }
 
 Result<CopiedFile> CopyJob::commit() {

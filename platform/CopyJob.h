@@ -21,7 +21,8 @@ namespace ondrel {
 // gone when closed, a temporary is removed.
 //
 // The destination's directory handle is the calling thread's (DirectoryHandles): a job is
-// made, transferred and committed on one thread.
+// made, transferred and committed on one thread, unless it holds a handle of its own
+// (holdDirectory), after which it may be committed or given up on any thread.
 class CopyJob {
 public:
     // source, destination: see FileSystem::copyFile; both outlive the job.
@@ -31,10 +32,16 @@ public:
     CopyJob(const CopyJob&) = delete;
     CopyJob& operator=(const CopyJob&) = delete;
 
-    // Everything but the name; a failure leaves nothing behind.
-    Result<void> transfer();
+    // Everything but the name; a failure leaves nothing behind. largest: a source larger than
+    // this is refused (75) before anything is made; -1 for none.
+    Result<void> transfer(qint64 largest = -1);
+    // After a transfer that succeeded: the job keeps a handle of its own on the destination's
+    // directory, so that the thread that transferred it may go on to other directories.
+    Result<void> holdDirectory();
     // The name, after a transfer that succeeded.
     Result<CopiedFile> commit();
+    // The size of the source, as the transfer read it.
+    qint64 sourceSize() const { return qint64(m_src.st_size); }
     // After commit: this system cannot name a file made without one after all, and the copy is
     // to be made again (it then goes by a temporary name).
     bool mustRedoNamed() const { return m_redoNamed; }
@@ -72,6 +79,7 @@ private:
     int m_stored = -1; // the source's stored attributes
     QByteArrayView m_name;
     DirectoryHandles::At m_to{-1, nullptr};
+    posix::Fd m_ownTo;      // the handle m_to.dir stands for, once the job holds one
     QByteArray m_dirPrefix; // where there is no handle on the destination's directory
     posix::Fd m_out;
     bool m_unnamed = false;

@@ -134,7 +134,8 @@ void DirectoryHandles::HeldSource::hold(const QByteArray& heldPath, int heldFd,
                                         const struct stat& st, int heldStored) {
     if (fd >= 0)
         ::close(fd);
-    path = heldPath;
+    // A buffer of its own: the path it was given may belong to another thread.
+    path = QByteArray(heldPath.constData(), heldPath.size());
     fd = heldFd;
     status = st;
     stored = heldStored;

@@ -8,9 +8,12 @@
 #include "spec/clsSpecFile.h"
 #include "staging/RunContext.h"
 #include "staging/StagingHost.h"
+#include "staging/TransferAhead.h"
 
 #include <QDir>
 #include <QFile>
+
+#include <algorithm>
 
 namespace ondrel {
 
@@ -235,12 +238,25 @@ bool DirWalker::DirWalk(const PlannedSource& SourcePath, const QByteArray& Dir) 
         if (files->empty())
             continue;
         host.setProgressRange(int(files->size()));
-        for (const QByteArray& name : *files) {
-            m_stager.StageFile(group, NativePath::join(Dir, name), SourcePath.relativeAt);
+        // With workers, the files after the one being staged are transferred ahead of it once a
+        // file here was copied where it was missing (a directory copied afresh, whose first file
+        // may have made the destination's directory; a re-run copies nothing ahead).
+        size_t ahead = 1;
+        for (size_t i = 0; i < files->size(); ++i) {
+            m_stager.StageFile(group, NativePath::join(Dir, (*files)[i]), SourcePath.relativeAt);
             if (state.Cancelled)
                 return false;
+            TransferAhead* transfers = m_run.ahead();
+            if (transfers && (m_stager.copiedToMissing() || ahead > i + 1)) {
+                for (ahead = std::max(ahead, i + 1); ahead < files->size() && transfers->hasRoom();
+                     ++ahead)
+                    m_stager.expect(group, NativePath::join(Dir, (*files)[ahead]),
+                                    SourcePath.relativeAt);
+            }
             host.advanceProgress();
         }
+        if (TransferAhead* transfers = m_run.ahead())
+            transfers->discardAll();
     }
     return true;
 }

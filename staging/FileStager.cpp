@@ -8,6 +8,7 @@
 #include "staging/StagingFileOps.h"
 #include "staging/StagingHost.h"
 #include "staging/StagingRun.h"
+#include "staging/TransferAhead.h"
 #include "staging/basLibrary.h"
 
 #include <QFile>
@@ -42,6 +43,7 @@ void FileStager::StageFile(const PlannedGroup& FileGroup, const QByteArray& Sour
                            qsizetype relativeAt) {
     RunState& state = m_run.state();
     StagingHost& host = m_run.host();
+    m_copiedToMissing = false;
     host.yield();
     if (state.Cancelled)
         return;
@@ -72,6 +74,14 @@ void FileStager::StageFile(const PlannedGroup& FileGroup, const QByteArray& Sour
         if (toDestination(call, *to, relative) == Next::Return)
             return;
     }
+}
+
+void FileStager::expect(const PlannedGroup& FileGroup, const QByteArray& SourceFile,
+                        qsizetype relativeAt) {
+    TransferAhead* ahead = m_run.ahead();
+    const QByteArrayView relative = QByteArrayView(SourceFile).sliced(relativeAt);
+    for (const PlannedDestination* to : FileGroup.destinations)
+        ahead->submit(SourceFile, NativePath::join(to->base, relative));
 }
 
 const QString& FileStager::Call::shownSource() {
@@ -276,17 +286,31 @@ std::optional<FileStager::Next> FileStager::copy(Call& call,
     control.keepOwner = settings.DelSource() && ::geteuid() == 0;
 
     bool madeDirs = false;
+    bool firstTry = true;
     for (;;) {
         if (!state.writtenDirs.contains(destDir)) {
             state.writtenDirs.insert(destDir);
             m_run.ops().removeStaleTemporaries(destDir);
         }
-        const Result<CopiedFile> copied = m_run.ops().copyFile(
-            call.source, destFile, dest ? DestinationHint::Unknown : DestinationHint::Missing,
-            control);
+        // A copy made ahead is taken once: a Retry copies the file here.
+        std::optional<Result<CopiedFile>> ahead;
+        if (!dest && firstTry)
+            ahead = commitAhead(call, control);
+        firstTry = false;
+        const Result<CopiedFile> copied =
+            ahead ? std::move(*ahead)
+                  : m_run.ops().copyFile(call.source, destFile,
+                                         dest ? DestinationHint::Unknown : DestinationHint::Missing,
+                                         control);
         if (copied.ok() && copied->declined)
             return declinedNext.value_or(Next::NextDestination);
+        // The disk may be full of transfers made ahead: they are given up and the copy is
+        // tried again before the disk counts as full.
+        if (!copied.ok() && copied.error().number() == ErrNo::DiskFull && m_run.ahead() &&
+            m_run.ahead()->discardAll())
+            continue;
         if (copied.ok()) {
+            m_copiedToMissing = m_copiedToMissing || !dest;
             state.copiedBytes += copied->source.size;
             if (settings.DelSource())
                 rememberCopy(call, copied.value());
@@ -319,6 +343,31 @@ std::optional<FileStager::Next> FileStager::copy(Call& call,
         if (const Next next = handleError(copied.error(), call); next != Next::Retry)
             return next;
     }
+}
+
+std::optional<Result<CopiedFile>> FileStager::commitAhead(const Call& call,
+                                                          const CopyControl& control) {
+    TransferAhead* ahead = m_run.ahead();
+    if (!ahead)
+        return std::nullopt;
+    const std::shared_ptr<TransferAhead::Entry> entry = ahead->take(call.source, call.destFile);
+    if (!entry)
+        return std::nullopt;
+    // The run looks at Cancel as often as the transfer looked whether it was still wanted, as
+    // copying the file here would have: a Cancel there stops it before it takes its name.
+    for (int look = 0; look < entry->looks; ++look) {
+        if (!control.keepGoing())
+            return Result<CopiedFile>(Error(ErrNo::CancelSelected));
+    }
+    entry->control.decidedOn = control.decidedOn;
+    entry->control.mayReplace = control.mayReplace;
+    entry->control.keepGoing = control.keepGoing;
+    entry->control.keepOwner = control.keepOwner;
+    Result<CopiedFile> committed = m_run.ops().commitFile(*entry->job);
+    // This system cannot name a file made without one after all: copied again, by name.
+    if (entry->job->mustRedoNamed())
+        return std::nullopt;
+    return committed;
 }
 
 void FileStager::rememberCopy(const Call& call, const CopiedFile& copied) {

@@ -27,6 +27,14 @@ public:
     void StageFile(const PlannedGroup& FileGroup, const QByteArray& SourceFile,
                    qsizetype relativeAt);
 
+    // With workers: StageFile is to be called for SourceFile soon, after the files expected
+    // before it. Its copies are transferred ahead, and committed when StageFile reaches them.
+    void expect(const PlannedGroup& FileGroup, const QByteArray& SourceFile, qsizetype relativeAt);
+
+    // Whether the last StageFile copied the file to a destination where it was missing: a
+    // directory being copied afresh, whose next files are worth transferring ahead.
+    bool copiedToMissing() const { return m_copiedToMissing; }
+
 private:
     // What StageFile is doing when a step fails; its name is in the text of error 5.
     enum class Task { CheckVarSP, CheckDPDrive, GetSPAttr, GetDPAttr, FileCopy, ProcessDP };
@@ -63,6 +71,9 @@ private:
     // dest: the file found at the destination, which the overwrite rule said to replace, or
     // nothing when there was none.
     std::optional<Next> copy(Call& call, const std::optional<FileStatus>& dest);
+    // The copy of a destination found missing, from its transfer made ahead: nothing when
+    // there is none to commit, and the copy is then made as without workers.
+    std::optional<Result<CopiedFile>> commitAhead(const Call& call, const CopyControl& control);
     // The overwrite rule on a file found at the destination: nothing when it is to be replaced,
     // otherwise how to go on (the "Prompt" question asked and logged).
     std::optional<Next> decideOverwrite(Call& call, const FileStatus& dest);
@@ -78,6 +89,7 @@ private:
     Next handleError(const Error& error, Call& call);
 
     RunContext& m_run;
+    bool m_copiedToMissing = false;
 };
 
 } // namespace ondrel

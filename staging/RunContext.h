@@ -18,6 +18,7 @@ class Error;
 class StagingHost;
 class StagingFileOps;
 class StagingLog;
+class TransferAhead;
 
 // What the parts of a staging run (the walk, the stager, the completion) are handed: the job,
 // the host, the door to the disk, the run's state and plan, and the run's ways of logging,
@@ -46,6 +47,14 @@ public:
 
     // The Cancel button: the run stops at its next yield.
     void cancel() { m_state.Cancelled = true; }
+
+    // How many threads may copy ahead of the run (1: the run copies each file itself).
+    int workers() const { return m_workers; }
+    void setWorkers(int workers) { m_workers = workers < 1 ? 1 : workers; }
+    // The copies made ahead of the walk, while it works; nullptr when the run copies each file
+    // itself.
+    TransferAhead* ahead() const { return m_ahead; }
+    void setAhead(TransferAhead* ahead) { m_ahead = ahead; }
 
     // Writes one line to the log when the run has one, with whatever it quotes shown as
     // NativeText::display shows it (a record is one line whatever a name holds). The first
@@ -84,6 +93,8 @@ private:
     bool m_logFailed = false;
     RunState m_state;
     std::optional<RunPlan> m_plan;
+    int m_workers = 1;
+    TransferAhead* m_ahead = nullptr;
 };
 
 } // namespace ondrel

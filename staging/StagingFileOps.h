@@ -1,7 +1,10 @@
 #pragma once
 
+#include "platform/CopyJob.h"
 #include "platform/FileSystem.h"
 #include "platform/WriteBackWatch.h"
+
+#include <memory>
 
 namespace ondrel {
 
@@ -21,6 +24,21 @@ public:
     // Gives the status the source had when it was copied, and the copy's identity.
     virtual Result<CopiedFile> copyFile(const QByteArray& source, const QByteArray& destination,
                                         DestinationHint hint, const CopyControl& control) = 0;
+    // A copy in two steps, for a run that copies ahead of itself on other threads: the transfer
+    // of a file to a destination found missing (any thread; nothing is named, and a
+    // destination found there after all is not transferred to), then its commit on the run's
+    // thread. Only where transfersAhead(): a dry run and a test that watches each copy see
+    // every copy through copyFile.
+    virtual bool transfersAhead() const { return false; }
+    // largest: a source larger than this is not transferred.
+    virtual Result<std::unique_ptr<CopyJob>> transferFile(const QByteArray& source,
+                                                          const QByteArray& destination,
+                                                          qint64 largest,
+                                                          const CopyControl& control) {
+        (void)source, (void)destination, (void)largest, (void)control;
+        return Error(ErrNo::InvalidCall);
+    }
+    virtual Result<CopiedFile> commitFile(CopyJob& job) { return job.commit(); }
     virtual Result<void> setAttributes(const QByteArray& path, int attributes) = 0;
     virtual Result<void> deleteFile(const QByteArray& path) = 0;
     // Called once for each drive (a mount point) a move will write to, before it writes there:
@@ -48,6 +66,21 @@ public:
     Result<CopiedFile> copyFile(const QByteArray& source, const QByteArray& destination,
                                 DestinationHint hint, const CopyControl& control) override {
         return FileSystem::copyFile(source, destination, hint, control);
+    }
+    bool transfersAhead() const override { return true; }
+    Result<std::unique_ptr<CopyJob>> transferFile(const QByteArray& source,
+                                                  const QByteArray& destination, qint64 largest,
+                                                  const CopyControl& control) override {
+        // A destination that stands is decided on by the run first: nothing to make ahead.
+        if (FileSystem::status(destination, StatusDetail::Probe).ok())
+            return Error(ErrNo::PathFileAccess);
+        auto job =
+            std::make_unique<CopyJob>(source, destination, DestinationHint::Missing, control);
+        if (Result<void> done = job->transfer(largest); !done)
+            return done.error();
+        if (Result<void> held = job->holdDirectory(); !held)
+            return held.error();
+        return job;
     }
     Result<void> setAttributes(const QByteArray& path, int attributes) override {
         return FileSystem::setAttributes(path, attributes);

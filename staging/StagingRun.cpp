@@ -14,10 +14,13 @@
 #include "staging/StagingFileOps.h"
 #include "staging/StagingHost.h"
 #include "staging/StagingLog.h"
+#include "staging/TransferAhead.h"
 
 #include <QDir>
 #include <QFile>
+
 #include <QLocale>
+#include <optional>
 
 namespace ondrel {
 
@@ -102,7 +105,23 @@ void StagingRun::Activate() {
     // up when the walk ends.
     const DirectoryHandles::Scope handles;
     m_context.plan().addRoots();
+    std::optional<TransferAhead> ahead;
+    if (copiesAhead()) {
+        ahead.emplace(m_context.ops(), m_context.plan(), m_context.workers());
+        m_context.setAhead(&*ahead);
+    }
     DirWalker(m_context).Activate();
+    // Whatever was transferred and not reached is given up before the run goes on.
+    m_context.setAhead(nullptr);
+}
+
+bool StagingRun::copiesAhead() const {
+    // Copied ahead, a file could be read before the run has done what an earlier step does to
+    // it (the Archive reset, a move's bookkeeping), or copied only to be left out by a filter.
+    const clsOndrelApp& settings = m_context.settings();
+    return m_context.workers() > 1 && m_context.ops().transfersAhead() && !settings.DelSource() &&
+           !settings.ResetArchive() && settings.InclArc() && settings.InclHid() &&
+           settings.InclRO() && settings.InclSys();
 }
 
 void StagingRun::Unload() {

@@ -35,6 +35,11 @@ public:
 
     // The Cancel button: the run stops at its next yield.
     void Cancel() { m_context.cancel(); }
+    // How many threads copy: with more than one, files are copied ahead of the walk and each
+    // takes its name when the walk reaches it, in the same order, with the same decisions,
+    // questions and log as with one. A dry run, a move, attribute filters and the Archive reset
+    // copy each file in turn whatever this says.
+    void setWorkers(int workers) { m_context.setWorkers(workers); }
 
     const RunState& state() const { return m_context.state(); }
     // A count as the summary shows it, "#,##0": with thousands separators.
@@ -43,6 +48,8 @@ public:
     const QString& summaryText() const { return m_summaryText; }
 
 private:
+    bool copiesAhead() const;
+
     RunContext m_context;
     QString m_programDirectory;
     QString m_summaryTitle;

@@ -118,6 +118,10 @@ private Q_SLOTS:
             << QStringList{spec, "--log"} << 64 << "--log needs a value" << true;
         QTest::newRow("flag with a value")
             << QStringList{"--batch=yes", spec} << 64 << "takes no value" << true;
+        QTest::newRow("no workers") << QStringList{"--jobs", "0", spec} << 64
+                                    << "--jobs must be a number from 1 to 64" << true;
+        QTest::newRow("workers that are no number")
+            << QStringList{"--jobs=many", spec} << 64 << "not \"many\"" << true;
         QTest::newRow("missing file list") << QStringList{"--various", "%T/none.txt", spec} << 64
                                            << "cannot read the file list" << false;
         QTest::newRow("missing options file") << QStringList{"--options", "%T/none.opt", spec} << 64
@@ -186,6 +190,7 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("extra");
         QTest::newRow("plain") << QStringList{};
         QTest::newRow("quiet") << QStringList{"--quiet"};
+        QTest::newRow("four workers") << QStringList{"--jobs", "4"};
     }
 
     void copiesTree() {

@@ -47,13 +47,15 @@ class tst_KillSafety : public QObject {
     QTemporaryDir m_dir;
     QMap<QByteArray, QByteArray> m_new; // relative path -> source content
     QMap<QByteArray, QByteArray> m_old; // relative path -> old destination content
+    QString m_jobs = "1";               // the stager's --jobs
 
     QByteArray at(const QByteArray& relative) const {
         return QFile::encodeName(m_dir.path()) + '/' + relative;
     }
 
     QStringList args(const QByteArray& job) const {
-        return {"--batch", "--on-error=ignore", "--options",     at(job + ".opt"),
+        return {"--batch", "--on-error=ignore", "--jobs",
+                m_jobs,    "--options",         at(job + ".opt"),
                 "--log",   at(job + ".log"),    at(job + ".spc")};
     }
 
@@ -144,20 +146,31 @@ private Q_SLOTS:
         writeSources("src");
     }
 
+    // With workers, files are written ahead of the run: killed, it leaves nothing more.
+    void copyKilledAtRandom_data() {
+        QTest::addColumn<QString>("jobs");
+        QTest::newRow("one thread") << "1";
+        QTest::newRow("four threads") << "4";
+    }
+
     void copyKilledAtRandom() {
-        writeJob("copy", "src", {"dst"},
+        QFETCH(QString, jobs);
+        m_jobs = jobs;
+        const QByteArray dst = "dst" + jobs.toUtf8();
+        writeJob("copy", "src", {dst},
                  {{"Overwrite", "2"}, {"CreateDirs", "True"}, {"ShowErrMsgs", "True"}});
-        writeJob("full", "src", {"timing"}, {{"Overwrite", "2"}, {"CreateDirs", "True"}});
+        writeJob("full", "src", {"timing" + jobs.toUtf8()},
+                 {{"Overwrite", "2"}, {"CreateDirs", "True"}});
         const qint64 fullUs = timedRun("full");
 
         QRandomGenerator delays(kFixedStart);
         int killed = 0;
         for (int trial = 0; trial < 50; ++trial) {
             for (auto it = m_old.cbegin(); it != m_old.cend(); ++it)
-                QVERIFY(writeBytes(at("dst/" + it.key()), it.value()));
+                QVERIFY(writeBytes(at(dst + '/' + it.key()), it.value()));
             const qint64 delayUs = qint64(delays.bounded(quint64(fullUs) + 1));
             killed += runKilledAfter("copy", delayUs);
-            checkDestination("dst",
+            checkDestination(dst,
                              "trial " + QByteArray::number(trial) + " killed after " +
                                  QByteArray::number(delayUs) + " us",
                              true);
@@ -169,10 +182,10 @@ private Q_SLOTS:
         const Outcome last = stage(args("copy"));
         QVERIFY(last.finished);
         QCOMPARE(last.code, 0);
-        checkComplete("dst");
+        checkComplete(dst);
         if (QTest::currentTestFailed())
             return;
-        QCOMPARE(temporariesBelow(at("dst")), QList<QByteArray>());
+        QCOMPARE(temporariesBelow(at(dst)), QList<QByteArray>());
     }
 
     // A move to two destinations: a source may be gone only when both its copies are whole.
@@ -180,6 +193,7 @@ private Q_SLOTS:
         // A move syncs its destinations before it deletes; without the 64 MiB file (copied
         // above) the trials stay quick.
         m_new.remove("big.bin");
+        m_jobs = "4"; // a move copies one file at a time whatever it says
         const Options move = {{"Overwrite", "2"}, {"CreateDirs", "True"}, {"DelSource", "True"}};
         writeJob("timedMove", "msrc", {"mtiming"}, move);
         writeSources("msrc");

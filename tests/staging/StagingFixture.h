@@ -83,6 +83,8 @@ public:
     // The devices whose sync is reported as failed, besides those that really failed.
     std::vector<dev_t> failingDevices;
 
+    // A copy the test watches is made when the run reaches it.
+    bool transfersAhead() const override { return !onCopy; }
     Result<CopiedFile> copyFile(const QByteArray& source, const QByteArray& destination,
                                 DestinationHint hint, const CopyControl& control) override {
         if (onCopy)
@@ -110,6 +112,7 @@ public:
     HookedDiskOps ops;
     StagingLog log;
     std::unique_ptr<StagingRun> run;
+    int workers = 1; // how many threads the run copies with
 
     QString path(const QString& relative) const { return dir.filePath(relative); }
 
@@ -156,6 +159,7 @@ public:
         if (!log.open(path("Staging.log")).ok())
             qFatal("cannot open the log");
         run = std::make_unique<StagingRun>(spec, settings, various, host, ops, &log, dir.path());
+        run->setWorkers(workers);
         run->run();
         QString text = QString::fromUtf8(read("Staging.log"));
         return text.split("\r\n");

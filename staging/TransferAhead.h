@@ -1,0 +1,88 @@
+#pragma once
+
+#include "platform/FileSystem.h"
+
+#include <QByteArray>
+
+#include <atomic>
+#include <condition_variable>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace ondrel {
+
+class CopyJob;
+class RunPlan;
+class StagingFileOps;
+
+// Copies ahead of the run: workers transfer the files the run is about to reach (open the
+// source, write the new file beside its destination without a name, set its times and bits)
+// while the run's own thread walks, decides, asks, logs and commits in its order. A transfer
+// changes nothing anyone can see: it takes a name only when the run, reaching its copy, commits
+// it; one the run passes over is discarded. The window of work ahead is bounded in files and
+// in bytes, and large files are left to the run.
+class TransferAhead {
+public:
+    static constexpr int kMaxFiles = 64;
+    static constexpr qint64 kMaxBytes = qint64(64) << 20;
+    // A larger file is copied by the run itself, which looks at Cancel between its chunks: the
+    // run never waits long on a transfer without doing so.
+    static constexpr qint64 kLargestFile = qint64(8) << 20;
+
+    // One transfer made ahead; the job holds on to the entry's paths and control.
+    struct Entry {
+        QByteArray source;
+        QByteArray destination;
+        CopyControl control;
+        std::atomic<bool> stop{false};
+        std::unique_ptr<CopyJob> job; // once a transfer has succeeded
+        // How often the transfer looked whether it was still wanted (between its chunks).
+        int looks = 0;
+        ~Entry();
+
+    private:
+        friend class TransferAhead;
+        enum class State { Waiting, Working, Done } state = State::Waiting;
+        int failure = 0; // the error number of a transfer that failed
+        qint64 bytes = 0;
+    };
+
+    // The workers open the plan's roots as the run's thread does.
+    TransferAhead(StagingFileOps& ops, const RunPlan& plan, int workers);
+    // Every transfer not taken is discarded; the workers end.
+    ~TransferAhead();
+    TransferAhead(const TransferAhead&) = delete;
+    TransferAhead& operator=(const TransferAhead&) = delete;
+
+    bool hasRoom() const { return m_queue.size() < size_t(kMaxFiles); }
+    // A copy the run may reach next, after those submitted before.
+    void submit(const QByteArray& source, const QByteArray& destination);
+    // The transfer of source to destination, once it is complete, for the run to commit; the
+    // ones submitted before it, which the run passed over, are discarded. Nothing when none was
+    // submitted or it failed: the run then copies the file itself, as without workers (after a
+    // disk found full, once every transfer ahead is discarded and its space free again).
+    std::shared_ptr<Entry> take(const QByteArray& source, const QByteArray& destination);
+    // Gives up every transfer not yet taken, and waits until no worker is working on one.
+    // Whether there was any.
+    bool discardAll();
+
+private:
+    void work(const RunPlan& plan);
+    // m_mutex held.
+    void drop(const std::shared_ptr<Entry>& entry);
+
+    StagingFileOps& m_ops;
+    std::mutex m_mutex;
+    std::condition_variable m_work; // for the workers: a transfer to begin, or the end
+    std::condition_variable m_done; // for the run: a transfer complete, or no worker working
+    std::deque<std::shared_ptr<Entry>> m_queue; // in the run's order
+    qint64 m_bytesDone = 0;                     // of the transfers complete and not yet taken
+    int m_working = 0;
+    bool m_quit = false;
+    std::vector<std::thread> m_workers;
+};
+
+} // namespace ondrel

@@ -1,0 +1,202 @@
+#include "StagingFixture.h"
+
+#include <QCryptographicHash>
+#include <QDirIterator>
+#include <QRegularExpression>
+#include <QtTest>
+
+#include <optional>
+
+#include <sys/mount.h>
+#include <sys/stat.h>
+
+using namespace ondrel;
+using namespace ondrel::test;
+
+namespace {
+
+// What a run shows and leaves, with the scratch directory and the clock taken out.
+struct Outcome {
+    QStringList log;
+    QString summary;
+    QStringList questions;
+    int status = 0;
+    int yields = 0; // where a Cancel button is looked at
+    QStringList tree;
+};
+
+QStringList treeOf(const QString& root) {
+    QStringList tree;
+    QDirIterator it(root, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString path = it.next();
+        const QString name = path.mid(root.size() + 1);
+        if (name == "Staging.log")
+            continue;
+        struct stat st {};
+        ::lstat(QFile::encodeName(path).constData(), &st);
+        QString line = name + QString::asprintf(" %o", unsigned(st.st_mode));
+        if (S_ISREG(st.st_mode)) {
+            QFile f(path);
+            f.open(QIODevice::ReadOnly);
+            line +=
+                QString::asprintf(" %lld.%09ld ", qint64(st.st_mtim.tv_sec), st.st_mtim.tv_nsec) +
+                QCryptographicHash::hash(f.readAll(), QCryptographicHash::Md5).toHex();
+        }
+        tree << line;
+    }
+    tree.sort();
+    return tree;
+}
+
+QString masked(QString text, const QString& root) {
+    static const QRegularExpression clock(QStringLiteral("(Date/Time:|started:)[^\\r\\n]*"));
+    return text.replace(root, QStringLiteral("<dir>")).replace(clock, QStringLiteral("\\1 <time>"));
+}
+
+// Makes writable the destination file a permission question is about.
+void repairFirst(StagingFixture& f) {
+    f.host.onAsk = [&f](const ScriptedHost::Question& q) {
+        static const QRegularExpression source(QStringLiteral("^Unable to stage (.*)\\.  "));
+        if (f.host.questions.size() != 1)
+            return;
+        const QString path = source.match(q.prompt).captured(1).replace("/src/", "/d1/");
+        ::chmod(QFile::encodeName(path).constData(), 0644);
+    };
+}
+
+// The source tree: 3 directories of 30 files, of 0 bytes to 3 MiB.
+void sourceTree(StagingFixture& f) {
+    for (int d = 0; d < 3; ++d)
+        for (int i = 0; i < 30; ++i) {
+            const int size = i % 10 == 9 ? (3 << 20) + i : i * 37;
+            f.file(QString("src/s%1/f%2.txt").arg(d).arg(i, 2, 10, QChar('0')),
+                   QByteArray(size, char('a' + (i + d) % 26)), 1000000 + i);
+        }
+}
+
+// Copies of every third source file at the destination, older, as old, or newer.
+void earlierCopies(StagingFixture& f, const QString& dest) {
+    for (int d = 0; d < 3; ++d)
+        for (int i = 0; i < 30; i += 3)
+            f.file(QString("%1/s%2/f%3.txt").arg(dest).arg(d).arg(i, 2, 10, QChar('0')), "old",
+                   1000000 + i + (i % 9) / 3 - 1);
+}
+
+// false: the case cannot be made here.
+bool arrange(StagingFixture& f, const QString& kind) {
+    sourceTree(f);
+    f.group("src", "*.txt", {"d1", "d2"}, true);
+    f.settings.setOverwrite(2);
+    if (kind == "fresh") {
+        return true;
+    } else if (kind == "if older") {
+        f.settings.setOverwrite(0);
+        earlierCopies(f, "d1");
+        earlierCopies(f, "d2");
+    } else if (kind == "prompt") {
+        f.settings.setOverwrite(1);
+        earlierCopies(f, "d2");
+        for (int i = 0; i < 40; ++i)
+            f.host.answers.push_back(i % 3 == 1 ? MsgAnswer::No : MsgAnswer::Yes);
+    } else if (kind == "prompt, cancel") {
+        f.settings.setOverwrite(1);
+        earlierCopies(f, "d1");
+        f.host.answers = {MsgAnswer::Yes, MsgAnswer::No, MsgAnswer::Yes, MsgAnswer::Cancel};
+    } else if (kind == "never") {
+        f.settings.setOverwrite(3);
+        earlierCopies(f, "d1");
+    } else if (kind == "retry, ignore, abort") {
+        earlierCopies(f, "d1");
+        for (int d = 0; d < 3; ++d)
+            ::chmod(QFile::encodeName(f.path(QString("d1/s%1/f06.txt").arg(d))).constData(), 0444);
+        f.host.answers = {MsgAnswer::Retry, MsgAnswer::Ignore, MsgAnswer::Abort};
+        repairFirst(f);
+    } else if (kind == "cancel") {
+        f.host.onYield = [&f] {
+            if (f.host.yields == 140)
+                f.run->Cancel();
+        };
+    } else if (kind == "no directories made") {
+        f.settings.setCreateDirs(false);
+        QDir().mkpath(f.path("d1/s1"));
+    } else if (kind == "move") {
+        f.settings.setDelSource(true);
+        earlierCopies(f, "d2");
+    } else if (kind == "disk full") {
+        // d1 holds the small files but none of 3 MiB.
+        QDir().mkpath(f.path("d1"));
+        if (::mount("tmpfs", QFile::encodeName(f.path("d1")).constData(), "tmpfs", 0,
+                    "size=2m,mode=0755") != 0)
+            return false;
+        f.host.answers = {MsgAnswer::Ignore};
+    } else if (kind == "two sources, one destination") {
+        f.settings.setOverwrite(1);
+        f.file("src2/s1/f03.txt", "second", 2000000);
+        f.group("src2", "*.txt", {"d1"}, true);
+        f.host.answers = {MsgAnswer::No, MsgAnswer::Yes};
+    }
+    return true;
+}
+
+std::optional<Outcome> stage(const QString& kind, int workers) {
+    StagingFixture f;
+    f.workers = workers;
+    if (!arrange(f, kind))
+        return std::nullopt;
+    const QString root = f.dir.path();
+    Outcome out;
+    for (const QString& line : f.stage())
+        out.log << masked(line, root);
+    out.summary = masked(f.host.summaryTitle + "\n" + f.host.summaryText, root);
+    for (const ScriptedHost::Question& q : f.host.questions)
+        out.questions << masked(q.title + ": " + q.prompt, root);
+    const RunState& state = f.run->state();
+    out.status =
+        state.Cancelled ? 2
+        : state.errorReported || !state.ProblemFiles.isEmpty() || !state.UndeletedFiles.isEmpty()
+            ? 1
+            : 0;
+    out.tree = treeOf(root);
+    out.yields = f.host.yields;
+    if (kind == "disk full")
+        ::umount2(QFile::encodeName(f.path("d1")).constData(), MNT_DETACH);
+    return out;
+}
+
+} // namespace
+
+// A run with workers copies ahead of itself: it must ask, log, count and leave on disk
+// exactly what the same run with one thread does.
+class tst_ParallelStaging : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void sameAsOneThread_data() {
+        QTest::addColumn<QString>("kind");
+        for (const char* kind :
+             {"fresh", "if older", "prompt", "prompt, cancel", "never", "retry, ignore, abort",
+              "cancel", "no directories made", "move", "two sources, one destination", "disk full"})
+            QTest::newRow(kind) << QString(kind);
+    }
+
+    void sameAsOneThread() {
+        QFETCH(QString, kind);
+        const std::optional<Outcome> one = stage(kind, 1);
+        if (!one)
+            QSKIP("needs a small file system of its own: mounting is not permitted here");
+        const std::optional<Outcome> four = stage(kind, 4);
+        QVERIFY(four);
+        QCOMPARE(four->questions, one->questions);
+        QCOMPARE(four->log, one->log);
+        QCOMPARE(four->summary, one->summary);
+        QCOMPARE(four->status, one->status);
+        QCOMPARE(four->tree, one->tree);
+        QCOMPARE(four->yields, one->yields);
+        QVERIFY(one->log.size() > 20);
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_ParallelStaging)
+#include "tst_ParallelStaging.moc"
