@@ -22,7 +22,7 @@ struct StageOptions {
     bool dryRun = false;
     bool batch = false;
     bool quiet = false; // no progress line on the terminal
-    int jobs = 1;       // how many threads copy
+    int jobs = 0; // how many threads copy (0: as many as the machine has processors, at most 8)
     // The answers given when nobody is asked.
     MsgAnswer overwriteAnswer = MsgAnswer::No;
     MsgAnswer errorAnswer = MsgAnswer::Ignore;

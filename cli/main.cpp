@@ -176,7 +176,7 @@ int main(int argc, char* argv[]) {
 
     StagingRun run(spec, settings, *various, host, *ops, log.isOpen() ? &log : nullptr,
                    settings.programDirectory());
-    run.setWorkers(options.jobs);
+    run.setWorkers(options.jobs > 0 ? options.jobs : StagingRun::defaultWorkers());
     host.attach(run);
     // Any box the run shows outside the host's questions is asked the same way.
     {

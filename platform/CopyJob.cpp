@@ -61,11 +61,9 @@ QByteArray CopyJob::dirPath() const {
     return parentOf(m_destination);
 }
 
-Result<void> CopyJob::transfer(qint64 largest) {
+Result<void> CopyJob::transfer() {
     if (const Result<void> opened = openSource(); !opened)
         return opened;
-    if (largest >= 0 && m_src.st_size > largest)
-        return error(ErrNo::PathFileAccess);
     if (const Result<void> opened = openDestinationDirectory(); !opened)
         return opened;
     if (const Result<void> refused = refuseWhatStands(); !refused)
@@ -250,6 +248,14 @@ int CopyJob::setTimesAndBits() {
 }
 
 Result<void> CopyJob::holdDirectory() {
+    // A file without a name is tied to no directory: the thread that commits it names it
+    // through its own handle on the destination's directory, reached from the roots as every
+    // handle is. Only a temporary name needs the directory it was made in.
+    if (m_unnamed) {
+        m_resolveAtCommit = true;
+        m_to = {-1, nullptr};
+        return {};
+    }
     if (m_to.dir < 0 || m_ownTo)
         return {};
     m_ownTo.reset(::fcntl(m_to.dir, F_DUPFD_CLOEXEC, 0));
@@ -264,6 +270,13 @@ Result<CopiedFile> CopyJob::commit() {
     // that stood there then. A file found there now that is not that one (it appeared, or was
     // replaced, while the copy was written) is judged afresh.
     m_accepted = m_control.decidedOn;
+    if (m_resolveAtCommit) {
+        m_resolveAtCommit = false;
+        if (const Result<void> opened = openDestinationDirectory(); !opened) {
+            discard();
+            return opened.error();
+        }
+    }
     if (m_unnamed)
         return linkUnnamed();
     return renameTemporary();

@@ -21,8 +21,8 @@ namespace ondrel {
 // gone when closed, a temporary is removed.
 //
 // The destination's directory handle is the calling thread's (DirectoryHandles): a job is
-// made, transferred and committed on one thread, unless it holds a handle of its own
-// (holdDirectory), after which it may be committed or given up on any thread.
+// made, transferred and committed on one thread, unless holdDirectory was called after its
+// transfer, after which it may be committed or given up on any thread.
 class CopyJob {
 public:
     // source, destination: see FileSystem::copyFile; both outlive the job.
@@ -32,11 +32,12 @@ public:
     CopyJob(const CopyJob&) = delete;
     CopyJob& operator=(const CopyJob&) = delete;
 
-    // Everything but the name; a failure leaves nothing behind. largest: a source larger than
-    // this is refused (75) before anything is made; -1 for none.
-    Result<void> transfer(qint64 largest = -1);
-    // After a transfer that succeeded: the job keeps a handle of its own on the destination's
-    // directory, so that the thread that transferred it may go on to other directories.
+    // Everything but the name; a failure leaves nothing behind.
+    Result<void> transfer();
+    // After a transfer that succeeded: the job no longer depends on the transferring thread's
+    // handle on the destination's directory (a file without a name is named through the
+    // committing thread's; a temporary keeps a handle of its own), so that thread may go on to
+    // other directories.
     Result<void> holdDirectory();
     // The name, after a transfer that succeeded.
     Result<CopiedFile> commit();
@@ -89,6 +90,7 @@ private:
     struct stat m_made {};
     std::optional<FileStatus> m_accepted;
     bool m_redoNamed = false;
+    bool m_resolveAtCommit = false; // the directory handle is the committing thread's
 };
 
 } // namespace ondrel

@@ -9,7 +9,7 @@ void CrashPoint::arm(int n) {
 }
 
 void CrashPoint::countDown() {
-    if (--s_remaining == 0)
+    if (s_remaining.fetch_sub(1) == 1)
         ::_exit(kExitStatus);
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+
 namespace ondrel {
 
 // Lets a test end the process at the N-th change that the platform layer makes on disk (a file
@@ -12,7 +14,7 @@ public:
     static void arm(int n);
     // Called just before each change.
     static void reached() {
-        if (s_remaining > 0)
+        if (s_remaining.load(std::memory_order_relaxed) > 0)
             countDown();
     }
 
@@ -20,7 +22,8 @@ public:
 
 private:
     static void countDown();
-    static inline int s_remaining = 0;
+    // Counted down by every thread that changes the disk.
+    static inline std::atomic<int> s_remaining = 0;
 };
 
 } // namespace ondrel

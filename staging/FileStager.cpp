@@ -350,15 +350,14 @@ std::optional<Result<CopiedFile>> FileStager::commitAhead(const Call& call,
     TransferAhead* ahead = m_run.ahead();
     if (!ahead)
         return std::nullopt;
-    const std::shared_ptr<TransferAhead::Entry> entry = ahead->take(call.source, call.destFile);
+    bool cancelled = false;
+    const std::shared_ptr<TransferAhead::Entry> entry =
+        ahead->take(call.source, call.destFile, control.keepGoing, cancelled);
+    // A Cancel while the transfer was made stops it before it takes its name.
+    if (cancelled)
+        return Result<CopiedFile>(Error(ErrNo::CancelSelected));
     if (!entry)
         return std::nullopt;
-    // The run looks at Cancel as often as the transfer looked whether it was still wanted, as
-    // copying the file here would have: a Cancel there stops it before it takes its name.
-    for (int look = 0; look < entry->looks; ++look) {
-        if (!control.keepGoing())
-            return Result<CopiedFile>(Error(ErrNo::CancelSelected));
-    }
     entry->control.decidedOn = control.decidedOn;
     entry->control.mayReplace = control.mayReplace;
     entry->control.keepGoing = control.keepGoing;

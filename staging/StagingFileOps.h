@@ -30,12 +30,10 @@ public:
     // thread. Only where transfersAhead(): a dry run and a test that watches each copy see
     // every copy through copyFile.
     virtual bool transfersAhead() const { return false; }
-    // largest: a source larger than this is not transferred.
     virtual Result<std::unique_ptr<CopyJob>> transferFile(const QByteArray& source,
                                                           const QByteArray& destination,
-                                                          qint64 largest,
                                                           const CopyControl& control) {
-        (void)source, (void)destination, (void)largest, (void)control;
+        (void)source, (void)destination, (void)control;
         return Error(ErrNo::InvalidCall);
     }
     virtual Result<CopiedFile> commitFile(CopyJob& job) { return job.commit(); }
@@ -69,14 +67,14 @@ public:
     }
     bool transfersAhead() const override { return true; }
     Result<std::unique_ptr<CopyJob>> transferFile(const QByteArray& source,
-                                                  const QByteArray& destination, qint64 largest,
+                                                  const QByteArray& destination,
                                                   const CopyControl& control) override {
         // A destination that stands is decided on by the run first: nothing to make ahead.
         if (FileSystem::status(destination, StatusDetail::Probe).ok())
             return Error(ErrNo::PathFileAccess);
         auto job =
             std::make_unique<CopyJob>(source, destination, DestinationHint::Missing, control);
-        if (Result<void> done = job->transfer(largest); !done)
+        if (Result<void> done = job->transfer(); !done)
             return done.error();
         if (Result<void> held = job->holdDirectory(); !held)
             return held.error();

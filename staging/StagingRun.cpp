@@ -20,7 +20,10 @@
 #include <QFile>
 
 #include <QLocale>
+
+#include <algorithm>
 #include <optional>
+#include <thread>
 
 namespace ondrel {
 
@@ -113,6 +116,11 @@ void StagingRun::Activate() {
     DirWalker(m_context).Activate();
     // Whatever was transferred and not reached is given up before the run goes on.
     m_context.setAhead(nullptr);
+}
+
+int StagingRun::defaultWorkers() {
+    // Beyond 8 the run's own thread, which commits every copy in turn, is what sets the pace.
+    return int(std::clamp(std::thread::hardware_concurrency(), 1u, 8u));
 }
 
 bool StagingRun::copiesAhead() const {

@@ -40,6 +40,8 @@ public:
     // questions and log as with one. A dry run, a move, attribute filters and the Archive reset
     // copy each file in turn whatever this says.
     void setWorkers(int workers) { m_context.setWorkers(workers); }
+    // As many threads as the machine has processors, at most 8: the programs' default.
+    static int defaultWorkers();
 
     const RunState& state() const { return m_context.state(); }
     // A count as the summary shows it, "#,##0": with thousands separators.

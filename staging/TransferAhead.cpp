@@ -14,9 +14,12 @@ namespace ondrel {
 
 TransferAhead::Entry::~Entry() = default;
 
-TransferAhead::TransferAhead(StagingFileOps& ops, const RunPlan& plan, int workers) : m_ops(ops) {
-    for (int i = 0; i < workers; ++i)
-        m_workers.emplace_back([this, &plan] { work(plan); });
+TransferAhead::TransferAhead(StagingFileOps& ops, const RunPlan& plan, int workers)
+    : m_ops(ops), m_plan(plan), m_workerCount(workers) {}
+
+void TransferAhead::startWorkers() {
+    for (int i = 0; i < m_workerCount; ++i)
+        m_workers.emplace_back([this] { work(); });
 }
 
 TransferAhead::~TransferAhead() {
@@ -37,10 +40,16 @@ void TransferAhead::submit(const QByteArray& source, const QByteArray& destinati
     entry->source = QByteArray(source.constData(), source.size());
     entry->destination = QByteArray(destination.constData(), destination.size());
     Entry* raw = entry.get();
-    entry->control.keepGoing = [raw] {
-        ++raw->looks;
+    entry->control.keepGoing = [this, raw] {
+        {
+            const std::lock_guard lock(m_mutex);
+            ++raw->looks;
+        }
+        m_done.notify_all(); // a run waiting for this transfer makes the look its own
         return !raw->stop.load(std::memory_order_relaxed);
     };
+    if (m_workers.empty())
+        startWorkers();
     {
         const std::lock_guard lock(m_mutex);
         m_queue.push_back(std::move(entry));
@@ -55,7 +64,10 @@ void TransferAhead::drop(const std::shared_ptr<Entry>& entry) {
 }
 
 std::shared_ptr<TransferAhead::Entry> TransferAhead::take(const QByteArray& source,
-                                                          const QByteArray& destination) {
+                                                          const QByteArray& destination,
+                                                          const std::function<bool()>& keepGoing,
+                                                          bool& cancelled) {
+    cancelled = false;
     std::shared_ptr<Entry> found;
     std::vector<std::shared_ptr<Entry>> passedOver; // taken back outside the lock
     bool diskFull = false;
@@ -69,17 +81,46 @@ std::shared_ptr<TransferAhead::Entry> TransferAhead::take(const QByteArray& sour
         }
         if (m_queue.empty())
             return nullptr;
+        found = m_queue.front();
+        if (found->state == Entry::State::Waiting) {
+            // Every worker is busy: the run copies this one itself rather than wait.
+            drop(found);
+            m_queue.pop_front();
+            return nullptr;
+        }
         // First in line, it is never held back by the window's bytes.
-        m_done.wait(lock, [&] { return m_queue.front()->state == Entry::State::Done; });
-        found = std::move(m_queue.front());
+        for (;;) {
+            m_done.wait(lock, [&] {
+                return found->state == Entry::State::Done || found->looks > found->looksMirrored;
+            });
+            // Looked at after the transfer has ended too: as many looks as it made.
+            while (found->looks > found->looksMirrored) {
+                ++found->looksMirrored;
+                lock.unlock();
+                const bool goOn = keepGoing();
+                lock.lock();
+                if (!goOn) {
+                    cancelled = true;
+                    break;
+                }
+            }
+            if (cancelled || found->state == Entry::State::Done)
+                break;
+        }
+        if (cancelled && found->state != Entry::State::Done) {
+            // Still at work: it stops at its next look, and its copy is taken back there.
+            drop(found);
+            m_queue.pop_front();
+            return nullptr;
+        }
         m_queue.pop_front();
         const bool wasFull = m_bytesDone >= kMaxBytes;
         m_bytesDone -= found->bytes;
         if (wasFull)
             m_work.notify_all(); // the window has room again
-        if (!found->job) {
-            diskFull = found->failure == ErrNo::DiskFull;
-            found.reset();
+        if (!found->job || cancelled) {
+            diskFull = !cancelled && found->failure == ErrNo::DiskFull;
+            passedOver.push_back(std::move(found));
         }
     }
     passedOver.clear();
@@ -101,7 +142,7 @@ bool TransferAhead::discardAll() {
     return !dropped.empty();
 }
 
-void TransferAhead::work(const RunPlan& plan) {
+void TransferAhead::work() {
     // Signals (Ctrl-C above all) go to the run's thread, whose questions wait for them.
     sigset_t all;
     sigfillset(&all);
@@ -109,10 +150,10 @@ void TransferAhead::work(const RunPlan& plan) {
     // The worker's own handles on the directories it copies into, opened from the roots as the
     // run's are: no link planted below a root is followed here either.
     const DirectoryHandles::Scope handles;
-    plan.addRoots();
+    m_plan.addRoots();
     std::unique_lock lock(m_mutex);
+    std::vector<std::shared_ptr<Entry>> batch;
     for (;;) {
-        std::shared_ptr<Entry> entry;
         m_work.wait(lock, [&] {
             if (m_quit)
                 return true;
@@ -125,41 +166,50 @@ void TransferAhead::work(const RunPlan& plan) {
             // for their commit hold the window's bytes.
             if (waiting != m_queue.begin() && m_bytesDone >= kMaxBytes)
                 return false;
-            entry = *waiting;
+            // A file bound for several destinations is copied to each by the same worker, in
+            // turn, so that it is opened and read once.
+            for (auto e = waiting; e != m_queue.end() && (*e)->state == Entry::State::Waiting &&
+                                   (*e)->source == (*waiting)->source;
+                 ++e)
+                batch.push_back(*e);
             return true;
         });
         if (m_quit)
             return;
-        entry->state = Entry::State::Working;
+        for (const std::shared_ptr<Entry>& entry : batch)
+            entry->state = Entry::State::Working;
         ++m_working;
-        lock.unlock();
+        for (std::shared_ptr<Entry>& entry : batch) {
+            lock.unlock();
+            std::unique_ptr<CopyJob> job;
+            int failure = ErrNo::CancelSelected;
+            if (!entry->stop) {
+                Result<std::unique_ptr<CopyJob>> made =
+                    m_ops.transferFile(entry->source, entry->destination, entry->control);
+                if (made.ok())
+                    job = std::move(made.value());
+                else
+                    failure = made.error().number();
+            }
+            const qint64 bytes = job ? job->sourceSize() : 0;
+            if (entry->stop)
+                job.reset(); // given up meanwhile: taken back here, on the worker's handles
 
-        std::unique_ptr<CopyJob> job;
-        int failure = ErrNo::CancelSelected;
-        if (!entry->stop) {
-            Result<std::unique_ptr<CopyJob>> made =
-                m_ops.transferFile(entry->source, entry->destination, kLargestFile, entry->control);
-            if (made.ok())
-                job = std::move(made.value());
+            lock.lock();
+            entry->job = std::move(job);
+            entry->failure = failure;
+            entry->bytes = bytes;
+            entry->state = Entry::State::Done;
+            if (entry->stop)
+                entry->bytes = 0;
             else
-                failure = made.error().number();
+                m_bytesDone += bytes;
+            m_done.notify_all();
+            entry.reset();
         }
-        const qint64 bytes = job ? job->sourceSize() : 0;
-        if (entry->stop)
-            job.reset(); // given up meanwhile: taken back here, on the worker's handles
-
-        lock.lock();
-        entry->job = std::move(job);
-        entry->failure = failure;
-        entry->bytes = bytes;
-        entry->state = Entry::State::Done;
-        if (entry->stop)
-            entry->bytes = 0;
-        else
-            m_bytesDone += bytes;
+        batch.clear();
         --m_working;
-        m_done.notify_one();
-        entry.reset();
+        m_done.notify_all();
     }
 }
 

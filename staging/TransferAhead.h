@@ -7,6 +7,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -23,14 +24,11 @@ class StagingFileOps;
 // while the run's own thread walks, decides, asks, logs and commits in its order. A transfer
 // changes nothing anyone can see: it takes a name only when the run, reaching its copy, commits
 // it; one the run passes over is discarded. The window of work ahead is bounded in files and
-// in bytes, and large files are left to the run.
+// in bytes.
 class TransferAhead {
 public:
     static constexpr int kMaxFiles = 64;
     static constexpr qint64 kMaxBytes = qint64(64) << 20;
-    // A larger file is copied by the run itself, which looks at Cancel between its chunks: the
-    // run never waits long on a transfer without doing so.
-    static constexpr qint64 kLargestFile = qint64(8) << 20;
 
     // One transfer made ahead; the job holds on to the entry's paths and control.
     struct Entry {
@@ -39,8 +37,6 @@ public:
         CopyControl control;
         std::atomic<bool> stop{false};
         std::unique_ptr<CopyJob> job; // once a transfer has succeeded
-        // How often the transfer looked whether it was still wanted (between its chunks).
-        int looks = 0;
         ~Entry();
 
     private:
@@ -48,9 +44,14 @@ public:
         enum class State { Waiting, Working, Done } state = State::Waiting;
         int failure = 0; // the error number of a transfer that failed
         qint64 bytes = 0;
+        // How often the transfer looked whether it was still wanted (between its chunks), and
+        // how many of those looks the run has made its own.
+        int looks = 0;
+        int looksMirrored = 0;
     };
 
-    // The workers open the plan's roots as the run's thread does.
+    // The workers open the plan's roots as the run's thread does. They are started with the
+    // first transfer: a run that copies nothing afresh never starts them.
     TransferAhead(StagingFileOps& ops, const RunPlan& plan, int workers);
     // Every transfer not taken is discarded; the workers end.
     ~TransferAhead();
@@ -62,19 +63,29 @@ public:
     void submit(const QByteArray& source, const QByteArray& destination);
     // The transfer of source to destination, once it is complete, for the run to commit; the
     // ones submitted before it, which the run passed over, are discarded. Nothing when none was
-    // submitted or it failed: the run then copies the file itself, as without workers (after a
-    // disk found full, once every transfer ahead is discarded and its space free again).
-    std::shared_ptr<Entry> take(const QByteArray& source, const QByteArray& destination);
+    // submitted, no worker has begun it yet, or it failed: the run then copies the file itself,
+    // as without workers (after a disk found full, once every transfer ahead is discarded and
+    // its space free again).
+    //
+    // While it waits, the run looks at Cancel (keepGoing) each time the transfer looks whether
+    // it is still wanted, as often as copying the file itself would have: the run answers a
+    // Cancel as promptly, and at the same points. Nothing, with cancelled set, when keepGoing
+    // said to stop.
+    std::shared_ptr<Entry> take(const QByteArray& source, const QByteArray& destination,
+                                const std::function<bool()>& keepGoing, bool& cancelled);
     // Gives up every transfer not yet taken, and waits until no worker is working on one.
     // Whether there was any.
     bool discardAll();
 
 private:
-    void work(const RunPlan& plan);
+    void startWorkers();
+    void work();
     // m_mutex held.
     void drop(const std::shared_ptr<Entry>& entry);
 
     StagingFileOps& m_ops;
+    const RunPlan& m_plan;
+    const int m_workerCount;
     std::mutex m_mutex;
     std::condition_variable m_work; // for the workers: a transfer to begin, or the end
     std::condition_variable m_done; // for the run: a transfer complete, or no worker working

@@ -62,6 +62,7 @@ frmStage::frmStage(const clsSpecFile& spec, const clsOndrelApp& settings,
                    const QStringList& VariousFiles, StagingFileOps& ops, StagingLog* log,
                    const QString& programDirectory, QWidget* parent)
     : QDialog(parent), m_run(spec, settings, VariousFiles, *this, ops, log, programDirectory) {
+    m_run.setWorkers(StagingRun::defaultWorkers());
     setObjectName(QStringLiteral("frmStage"));
     setWindowTitle(QStringLiteral("Staging Files"));
     setModal(true);
