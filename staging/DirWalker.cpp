@@ -247,7 +247,8 @@ bool DirWalker::DirWalk(const PlannedSource& SourcePath, const QByteArray& Dir) 
             if (state.Cancelled)
                 return false;
             TransferAhead* transfers = m_run.ahead();
-            if (transfers && (m_stager.copiedToMissing() || ahead > i + 1)) {
+            if (transfers && (m_stager.copiedToMissing() || ahead > i + 1) &&
+                transfers->wantsMore()) {
                 for (ahead = std::max(ahead, i + 1); ahead < files->size() && transfers->hasRoom();
                      ++ahead)
                     m_stager.expect(group, NativePath::join(Dir, (*files)[ahead]),

@@ -41,11 +41,14 @@ void TransferAhead::submit(const QByteArray& source, const QByteArray& destinati
     entry->destination = QByteArray(destination.constData(), destination.size());
     Entry* raw = entry.get();
     entry->control.keepGoing = [this, raw] {
+        bool awaited = false;
         {
             const std::lock_guard lock(m_mutex);
             ++raw->looks;
+            awaited = raw == m_awaited;
         }
-        m_done.notify_all(); // a run waiting for this transfer makes the look its own
+        if (awaited)
+            m_done.notify_all(); // the run waiting for this transfer makes the look its own
         return !raw->stop.load(std::memory_order_relaxed);
     };
     if (m_workers.empty())
@@ -88,7 +91,9 @@ std::shared_ptr<TransferAhead::Entry> TransferAhead::take(const QByteArray& sour
             m_queue.pop_front();
             return nullptr;
         }
-        // First in line, it is never held back by the window's bytes.
+        // First in line, it is never held back by the window's bytes. The run is woken for
+        // this transfer only, not for every other one that a worker finishes.
+        m_awaited = found.get();
         for (;;) {
             m_done.wait(lock, [&] {
                 return found->state == Entry::State::Done || found->looks > found->looksMirrored;
@@ -107,6 +112,7 @@ std::shared_ptr<TransferAhead::Entry> TransferAhead::take(const QByteArray& sour
             if (cancelled || found->state == Entry::State::Done)
                 break;
         }
+        m_awaited = nullptr;
         if (cancelled && found->state != Entry::State::Done) {
             // Still at work: it stops at its next look, and its copy is taken back there.
             drop(found);
@@ -137,7 +143,9 @@ bool TransferAhead::discardAll() {
             drop(entry);
         dropped.swap(m_queue);
         m_work.notify_all();
+        m_draining = true;
         m_done.wait(lock, [&] { return m_working == 0; });
+        m_draining = false;
     }
     return !dropped.empty();
 }
@@ -204,12 +212,13 @@ void TransferAhead::work() {
                 entry->bytes = 0;
             else
                 m_bytesDone += bytes;
-            m_done.notify_all();
+            if (entry.get() == m_awaited)
+                m_done.notify_all();
             entry.reset();
         }
         batch.clear();
-        --m_working;
-        m_done.notify_all();
+        if (--m_working == 0 && m_draining)
+            m_done.notify_all();
     }
 }
 

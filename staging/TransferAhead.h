@@ -59,6 +59,9 @@ public:
     TransferAhead& operator=(const TransferAhead&) = delete;
 
     bool hasRoom() const { return m_queue.size() < size_t(kMaxFiles); }
+    // Whether the run should submit more: not before half the window is taken, so that the
+    // workers are handed files in bunches, not woken for each file the run commits.
+    bool wantsMore() const { return m_queue.size() <= size_t(kMaxFiles / 2); }
     // A copy the run may reach next, after those submitted before.
     void submit(const QByteArray& source, const QByteArray& destination);
     // The transfer of source to destination, once it is complete, for the run to commit; the
@@ -92,6 +95,8 @@ private:
     std::deque<std::shared_ptr<Entry>> m_queue; // in the run's order
     qint64 m_bytesDone = 0;                     // of the transfers complete and not yet taken
     int m_working = 0;
+    const Entry* m_awaited = nullptr; // the transfer the run waits for
+    bool m_draining = false;          // the run waits for every worker to stop working
     bool m_quit = false;
     std::vector<std::thread> m_workers;
 };
