@@ -128,6 +128,7 @@ int main(int argc, char* argv[]) {
         TerminalHost host({}, TerminalHost::Asking::FromAnswers, TerminalHost::Progress::Hidden);
         DiskFileOps ops;
         StagingRun run(spec, settings, various, host, ops, nullptr, settings.programDirectory());
+        run.setWorkers(StagingRun::defaultWorkers()); // as the stager's main does
         host.attach(run);
         {
             const ScopedMsgBoxHandler throughHost([&host](const MsgBoxRequest& request) {
