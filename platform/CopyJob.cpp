@@ -94,6 +94,11 @@ Result<void> CopyJob::transfer() {
         return fail(e).error();
     if (const int e = setTimesAndBits())
         return fail(e).error();
+    // A temporary is closed here, not when it takes its name: on a network file system closing
+    // writes the file back, which is the transfer's work (on a worker's thread), not the
+    // commit's. A file without a name needs its handle to be named.
+    if (!m_unnamed && ::close(m_out.release()) != 0 && errno != EINTR)
+        return fail(errno).error();
     return {};
 }
 
