@@ -141,7 +141,12 @@ FileStager::Next FileStager::toDestination(Call& call, const PlannedDestination&
 
     call.task = Task::GetDPAttr;
     std::optional<FileStatus> dest;
-    for (;;) {
+    // A copy made ahead is complete only where a worker found the destination missing a moment
+    // ago: the run does not look again (on a network file system each look is a round trip),
+    // since taking the name judges whatever stands there by then, as for a file that appears
+    // while it is copied.
+    const bool readyAhead = m_run.ahead() && m_run.ahead()->isReady(call.source, destFile);
+    while (!readyAhead) {
         Result<FileStatus> status = m_run.ops().status(destFile, StatusDetail::Probe);
         if (status.ok()) {
             dest = status.value();

@@ -135,6 +135,15 @@ std::shared_ptr<TransferAhead::Entry> TransferAhead::take(const QByteArray& sour
     return found;
 }
 
+bool TransferAhead::isReady(const QByteArray& source, const QByteArray& destination) {
+    const std::lock_guard lock(m_mutex);
+    const auto found = std::find_if(m_queue.cbegin(), m_queue.cend(), [&](const auto& e) {
+        return e->source == source && e->destination == destination;
+    });
+    return found != m_queue.cend() && (*found)->state == Entry::State::Done && (*found)->job &&
+           !(*found)->stop;
+}
+
 bool TransferAhead::discardAll() {
     std::deque<std::shared_ptr<Entry>> dropped;
     {

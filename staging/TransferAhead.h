@@ -76,6 +76,9 @@ public:
     // said to stop.
     std::shared_ptr<Entry> take(const QByteArray& source, const QByteArray& destination,
                                 const std::function<bool()>& keepGoing, bool& cancelled);
+    // Whether take would give a complete transfer of source to destination now, without
+    // waiting.
+    bool isReady(const QByteArray& source, const QByteArray& destination);
     // Gives up every transfer not yet taken, and waits until no worker is working on one.
     // Whether there was any.
     bool discardAll();
