@@ -41,6 +41,7 @@ public:
     Result<void> holdDirectory();
     // The name, after a transfer that succeeded.
     Result<CopiedFile> commit();
+    const QByteArray& destination() const { return m_destination; }
     // The size of the source, as the transfer read it.
     qint64 sourceSize() const { return qint64(m_src.st_size); }
     // After commit: this system cannot name a file made without one after all, and the copy is

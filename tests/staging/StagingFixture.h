@@ -78,6 +78,9 @@ class HookedDiskOps : public DiskFileOps {
 public:
     // Before each copy, once the run has decided on it.
     std::function<void(const QByteArray& source, const QByteArray& destination)> onCopy;
+    // Before a copy made ahead takes its name (the copy watched through onCopy is never made
+    // ahead).
+    std::function<void(const CopyJob& job)> onCommit;
     // Before the copies of a move are synced, that is before its deletions.
     std::function<void()> onSync;
     // The devices whose sync is reported as failed, besides those that really failed.
@@ -90,6 +93,11 @@ public:
         if (onCopy)
             onCopy(source, destination);
         return DiskFileOps::copyFile(source, destination, hint, control);
+    }
+    Result<CopiedFile> commitFile(CopyJob& job) override {
+        if (onCommit)
+            onCommit(job);
+        return DiskFileOps::commitFile(job);
     }
     std::vector<dev_t> syncFileSystems() override {
         if (onSync)

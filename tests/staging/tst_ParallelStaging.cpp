@@ -199,6 +199,34 @@ private Q_SLOTS:
             QCOMPARE(four->yields, one->yields);
         QVERIFY(one->log.size() > 20);
     }
+
+    // Copies made ahead take their names without the run looking at their destinations again:
+    // a file that stands there by then is judged by the overwrite rule all the same.
+    void fileAppearsBeforeTheNameIsTaken() {
+        StagingFixture f;
+        f.workers = 4;
+        sourceTree(f);
+        f.group("src", "*.txt", {"d1"}, true);
+        f.settings.setOverwrite(3);
+        QStringList planted;
+        f.ops.onCommit = [&](const CopyJob& job) {
+            const QString path = QFile::decodeName(job.destination());
+            if (path.endsWith("1.txt") && !planted.contains(path)) {
+                planted << path;
+                f.file(path.mid(f.dir.path().size() + 1), "planted", 1000000);
+            }
+        };
+        const QStringList log = f.stage();
+        QVERIFY(planted.size() >= 3);
+        for (const QString& path : planted) {
+            QCOMPARE(f.read(path.mid(f.dir.path().size() + 1)), QByteArray("planted"));
+            QVERIFY(log.contains(">>>" + path +
+                                 " appeared while it was being copied; it was not replaced."));
+        }
+        QCOMPARE(f.read("d1/s2/f00.txt"), QByteArray());
+        QCOMPARE(f.read("d1/s2/f02.txt").size(), 2 * 37);
+        QVERIFY(f.run->state().ProblemFiles.isEmpty());
+    }
 };
 
 QTEST_GUILESS_MAIN(tst_ParallelStaging)
