@@ -17,19 +17,16 @@ public:
     WindowState state = WindowState::Maximized;
     bool toolbar = true, statusBar = true, stageOpts = true;
     QStringList calls;
+    static QString loaded() { return QString(" loaded=%1").arg(bFormLoaded); }
 
     double Top() const override { return top; }
     void setTop(double v) override { top = v, calls << "Top"; }
     double Left() const override { return left; }
     void setLeft(double v) override { left = v, calls << "Left"; }
     double Height() const override { return height; }
-    void setHeight(double v) override {
-        height = v, calls << QString("Height loaded=%1").arg(bFormLoaded);
-    }
+    void setHeight(double v) override { height = v, calls << "Height" + loaded(); }
     double Width() const override { return width; }
-    void setWidth(double v) override {
-        width = v, calls << QString("Width loaded=%1").arg(bFormLoaded);
-    }
+    void setWidth(double v) override { width = v, calls << "Width" + loaded(); }
     WindowState windowState() const override { return state; }
     void setWindowState(WindowState s) override { state = s; }
     double splitterLeft() const override { return splitter; }
@@ -48,28 +45,30 @@ QByteArray fixtureBytes(const char* name) {
     return WholeFile::read(QStringLiteral(ONDREL_TEST_DATA "/") + name).value();
 }
 
+// Top, Left, Height, Width and SplitterLoc.
+QList<qint32> geometry(const clsOndrelApp& app) {
+    return {app.Top(), app.Left(), app.Height(), app.Width(), app.SplitterLoc()};
+}
+const QList<qint32> kDefaultGeometry = {848, 1298, 5505, 7005, 3400};
+
 } // namespace
 
 class tst_clsOndrelApp : public QObject {
     Q_OBJECT
 
+    QTemporaryDir m_empty; // for the tests that write no options file
+
 private Q_SLOTS:
     void defaults() {
-        QTemporaryDir dir;
-        clsOndrelApp app(kScreen, dir.path());
-        QCOMPARE(app.Top(), 848);
-        QCOMPARE(app.Left(), 1298);
-        QCOMPARE(app.Height(), 5505);
-        QCOMPARE(app.Width(), 7005);
-        QCOMPARE(app.SplitterLoc(), 3400);
+        clsOndrelApp app(kScreen, m_empty.path());
+        QCOMPARE(geometry(app), kDefaultGeometry);
         QCOMPARE(app.DefaultPath(), QString("/"));
         QVERIFY(!app.SaveSettings() && !app.CreateLog() && !app.DelSource());
         QVERIFY(app.CreateDirs() && app.ShowErrMsgs() && app.InclSys() && app.ShowToolbar());
         QCOMPARE(app.Overwrite(), qint16(0));
-        // No options file: reading it changes nothing.
-        app.ReadOPTFile();
-        QCOMPARE(app.Top(), 848);
-        clsOndrelApp odd(FixedScreen(1001, 999), dir.path());
+        app.ReadOPTFile(); // no options file: nothing changes
+        QCOMPARE(geometry(app), kDefaultGeometry);
+        clsOndrelApp odd(FixedScreen(1001, 999), m_empty.path());
         QCOMPARE(odd.Left(), 500 - 3502);
         QCOMPARE(odd.Top(), 499 - 2752);
     }
@@ -133,21 +132,15 @@ private Q_SLOTS:
 
     void turningSaveSettingsOffKeepsWhatWasSaved() {
         QTemporaryDir dir;
-        WholeFile::write(dir.filePath("ONDREL.OPT"), "[MRUList]\r\nMRU0File=a.spc\r\n").ok();
-        {
+        QVERIFY(
+            WholeFile::write(dir.filePath("ONDREL.OPT"), "[MRUList]\r\nMRU0File=a.spc\r\n").ok());
+        for (const bool save : {true, false}) { // a run that saves, then one that does not
             clsOndrelApp app(kScreen, dir.path());
-            app.setSaveSettings(true);
-            app.setTop(100);
-            app.setOverwrite(3);
-            app.WriteOPTFile();
-        }
-        {
-            clsOndrelApp app(kScreen, dir.path());
-            app.ReadOPTFile();
-            QCOMPARE(app.Top(), 100);
-            app.setSaveSettings(false);
-            app.setTop(200);
-            app.setOverwrite(1);
+            if (!save)
+                app.ReadOPTFile();
+            app.setSaveSettings(save);
+            app.setTop(save ? 100 : 200);
+            app.setOverwrite(save ? 3 : 1);
             app.WriteOPTFile();
         }
         clsOndrelApp app(kScreen, dir.path());
@@ -181,48 +174,39 @@ private Q_SLOTS:
         QCOMPARE(WholeFile::read(dir.filePath("ONDREL.OPT")).value(), once);
     }
 
+    // One line of [FSOptions] and the property it names afterwards, or "error N": reading throws.
     void reading_data() {
-        QTest::addColumn<QByteArray>("lines");
-        QTest::addColumn<QString>("property");  // "error": reading throws
-        QTest::addColumn<QVariant>("expected"); // or the error's number
-
-        QTest::newRow("Top") << QByteArray("Top=-120") << "Top" << QVariant(-120);
-        QTest::newRow("empty Top keeps default") << QByteArray("Top=") << "Top" << QVariant(848);
-        QTest::newRow("blank Top keeps default") << QByteArray("Top=   ") << "Top" << QVariant(848);
-        QTest::newRow("key case ignored")
-            << QByteArray("ShowToolbar=False") << "ShowToolbar" << QVariant(false);
-        QTest::newRow("flag as number")
-            << QByteArray("CreateDirs=0") << "CreateDirs" << QVariant(false);
-        QTest::newRow("flag any case")
-            << QByteArray("DelSource=TRUE") << "DelSource" << QVariant(true);
-        QTest::newRow("half to even down")
-            << QByteArray("SplitterLoc=2000.5") << "SplitterLoc" << QVariant(2000);
-        QTest::newRow("half to even up")
-            << QByteArray("SplitterLoc=2001.5") << "SplitterLoc" << QVariant(2002);
-        QTest::newRow("Overwrite out of range kept")
-            << QByteArray("Overwrite=7") << "Overwrite" << QVariant(7);
-        QTest::newRow("path as it is")
-            << QByteArray("DefaultPath=/home/me/web ") << "DefaultPath" << QVariant("/home/me/web");
-        QTest::newRow("abc for Top") << QByteArray("Top=abc") << "error" << QVariant(13);
-        QTest::newRow("maybe for CreateDirs")
-            << QByteArray("CreateDirs=maybe") << "error" << QVariant(13);
-        QTest::newRow("Top out of range") << QByteArray("Top=3000000000") << "error" << QVariant(6);
-        QTest::newRow("Overwrite out of range")
-            << QByteArray("Overwrite=40000") << "error" << QVariant(6);
+        QTest::addColumn<QByteArray>("line");
+        QTest::addColumn<QVariant>("expected");
+        auto row = [](const char* name, const char* line, const QVariant& expected) {
+            QTest::newRow(name) << QByteArray(line) << expected;
+        };
+        row("Top", "Top=-120", -120);
+        row("empty Top keeps default", "Top=", 848);
+        row("blank Top keeps default", "Top=   ", 848);
+        row("key case ignored", "ShowToolbar=False", false);
+        row("flag as number", "CreateDirs=0", false);
+        row("flag any case", "DelSource=TRUE", true);
+        row("half to even down", "SplitterLoc=2000.5", 2000);
+        row("half to even up", "SplitterLoc=2001.5", 2002);
+        row("Overwrite out of range kept", "Overwrite=7", 7);
+        row("path as it is", "DefaultPath=/home/me/web ", "/home/me/web");
+        row("abc for Top", "Top=abc", "error 13");
+        row("maybe for CreateDirs", "CreateDirs=maybe", "error 13");
+        row("Top out of range", "Top=3000000000", "error 6");
+        row("Overwrite out of range", "Overwrite=40000", "error 6");
     }
 
     void reading() {
-        QFETCH(QByteArray, lines);
-        QFETCH(QString, property);
+        QFETCH(QByteArray, line);
         QFETCH(QVariant, expected);
         QTemporaryDir dir;
-        QVERIFY(WholeFile::write(dir.filePath("ONDREL.OPT"), "[fsoptions]\n" + lines + "\n").ok());
+        QVERIFY(WholeFile::write(dir.filePath("ONDREL.OPT"), "[fsoptions]\n" + line + "\n").ok());
         clsOndrelApp app(kScreen, dir.path());
         try {
             app.ReadOPTFile();
         } catch (const Error& e) {
-            QCOMPARE(property, QString("error"));
-            QCOMPARE(QVariant(e.number()), expected);
+            QCOMPARE(QVariant("error " + QString::number(e.number())), expected);
             return;
         }
         const QHash<QString, QVariant> values = {
@@ -234,12 +218,11 @@ private Q_SLOTS:
             {"Overwrite", int(app.Overwrite())},
             {"DefaultPath", app.DefaultPath()},
         };
-        QCOMPARE(values.value(property), expected);
+        QCOMPARE(values.value(QString(line.left(line.indexOf('=')))), expected);
     }
 
     void locateMainScreen() {
-        QTemporaryDir dir;
-        clsOndrelApp app(kScreen, dir.path());
+        clsOndrelApp app(kScreen, m_empty.path());
         FakeMainWindow window;
         bFormLoaded = true;
         app.LocateMainScreen(window);
@@ -251,25 +234,19 @@ private Q_SLOTS:
     }
 
     void storeLocSizeRounds() {
-        QTemporaryDir dir;
-        clsOndrelApp app(kScreen, dir.path());
+        clsOndrelApp app(kScreen, m_empty.path());
         FakeMainWindow window;
         window.top = 10.5;
         window.left = 11.5;
         window.height = 4000.4;
         window.width = 6000.6;
         window.splitter = 2999.5;
-        app.StoreLocSize(window);
-        QCOMPARE(app.Top(), 10);
-        QCOMPARE(app.Left(), 12);
-        QCOMPARE(app.Height(), 4000);
-        QCOMPARE(app.Width(), 6001);
-        QCOMPARE(app.SplitterLoc(), 3000);
+        app.StoreLocSize(window); // to the nearest, half to even
+        QCOMPARE(geometry(app), (QList<qint32>{10, 12, 4000, 6001, 3000}));
     }
 
     void restoreDefaults() {
-        QTemporaryDir dir;
-        clsOndrelApp app(kScreen, dir.path());
+        clsOndrelApp app(kScreen, m_empty.path());
         app.setShowToolbar(false);
         app.setOverwrite(3);
         app.setTop(-5);
@@ -281,7 +258,7 @@ private Q_SLOTS:
         QCOMPARE(window.state, WindowState::Normal);
         QVERIFY(app.ShowToolbar());
         QCOMPARE(app.Overwrite(), qint16(0));
-        QCOMPARE(app.Top(), 848);
+        QCOMPARE(geometry(app), kDefaultGeometry);
     }
 };
 

@@ -22,8 +22,7 @@ namespace {
 
 struct Outcome {
     int code = -1;
-    QString out;
-    QString err;
+    QString out, err;
 };
 
 using Options = QList<QPair<QByteArray, QByteArray>>;
@@ -63,14 +62,48 @@ class tst_ondrelStage : public QObject {
     std::unique_ptr<QTemporaryDir> m_dir;
 
     QString at(const QString& relative) const { return m_dir->filePath(relative); }
+    // %T in a text stands for the test's directory.
+    QString t(QString text) const { return text.replace(QStringLiteral("%T"), m_dir->path()); }
 
-    // %T in an argument stands for the test's directory. inChild runs in the child before the
-    // program starts.
+    // The job of makeTree, unattended, after extra.
+    static QStringList job(const QStringList& extra = {}) {
+        return extra + QStringList{"--batch", "--options", "%T/job.opt", "%T/job.spc"};
+    }
+
+    // Each of wants holds for text, %T in it the test's directory: "^x" it starts with x, "$x" it
+    // ends with x, "!x" it does not contain x, anything else it contains.
+    void expect(const QString& text, const QStringList& wants) const {
+        for (const QString& want : wants) {
+            const QString x = t(want.mid(1));
+            const QChar how = want.isEmpty() ? QChar() : want[0];
+            QVERIFY2(how == '^'   ? text.startsWith(x)
+                     : how == '$' ? text.endsWith(x)
+                     : how == '!' ? !text.contains(x)
+                                  : text.contains(t(want)),
+                     qPrintable("not " + want + " in:\n" + text));
+        }
+    }
+    void expect(const QByteArray& text, const QStringList& wants) const {
+        expect(QString::fromUtf8(text), wants);
+    }
+
+    // Each of wants holds on disk: "path=content" (content <missing>: no file there), "!path"
+    // nothing at all there.
+    void expectFiles(const QStringList& wants) const {
+        for (const QString& want : wants) {
+            if (want.startsWith('!'))
+                QVERIFY2(!QFileInfo::exists(at(want.mid(1))), qPrintable(want));
+            else
+                QCOMPARE(readFile(at(want.section('=', 0, 0))), want.section('=', 1).toUtf8());
+        }
+    }
+
+    // inChild runs in the child before the program starts.
     Outcome stage(QStringList args, const QString& workDir = {},
                   const QString& program = QStringLiteral(ONDREL_STAGE),
                   const std::function<void()>& inChild = {}) {
         for (QString& arg : args)
-            arg.replace(QStringLiteral("%T"), m_dir->path());
+            arg = t(arg);
         QProcess process;
         if (inChild)
             process.setChildProcessModifier(inChild);
@@ -96,72 +129,60 @@ class tst_ondrelStage : public QObject {
 private Q_SLOTS:
     void init() { m_dir = std::make_unique<QTemporaryDir>(); }
 
+    // None of them stages anything or touches the log.
     void commandLine_data() {
         QTest::addColumn<QStringList>("args");
         QTest::addColumn<int>("code");
         QTest::addColumn<QString>("expected"); // in standard error, or standard output for 0
-        // None of them stages anything or touches the log.
-        QTest::addColumn<bool>("usage"); // the usage follows the error
-
+        QTest::addColumn<bool>("usage");       // the usage follows the error
+        // A command line that makes no sense: status 64 and the usage after the error.
+        const auto misuse = [](const char* name, const QStringList& args, const QString& error) {
+            QTest::newRow(name) << args << 64 << error << true;
+        };
+        const auto row = [](const char* name, const QStringList& args, int code,
+                            const QString& expected) {
+            QTest::newRow(name) << args << code << expected << false;
+        };
         const QString spec = "%T/job.spc";
-        QTest::newRow("no spec file") << QStringList{"--batch"} << 64 << "no spec file" << true;
-        QTest::newRow("two spec files") << QStringList{spec, spec} << 64 << "only one" << true;
-        QTest::newRow("unknown option")
-            << QStringList{"--frobnicate", spec} << 64 << "unknown option --frobnicate" << true;
-        QTest::newRow("bad overwrite answer")
-            << QStringList{"--overwrite=maybe", spec} << 64 << "yes|no|cancel" << true;
-        QTest::newRow("retry is no unattended answer")
-            << QStringList{"--on-error", "retry", spec} << 64 << "abort|ignore" << true;
-        QTest::newRow("log and no log")
-            << QStringList{"--log", "%T/run.log", "--no-log", spec} << 64 << "--no-log" << true;
-        QTest::newRow("log without a name")
-            << QStringList{spec, "--log"} << 64 << "--log needs a value" << true;
-        QTest::newRow("flag with a value")
-            << QStringList{"--batch=yes", spec} << 64 << "takes no value" << true;
-        QTest::newRow("no workers") << QStringList{"--jobs", "0", spec} << 64
-                                    << "--jobs must be a number from 1 to 64" << true;
-        QTest::newRow("workers that are no number")
-            << QStringList{"--jobs=many", spec} << 64 << "not \"many\"" << true;
-        QTest::newRow("missing file list") << QStringList{"--various", "%T/none.txt", spec} << 64
-                                           << "cannot read the file list" << false;
-        QTest::newRow("missing options file") << QStringList{"--options", "%T/none.opt", spec} << 64
-                                              << "cannot read the options file" << false;
-        QTest::newRow("options value of the wrong type")
-            << QStringList{"--options", "%T/type.opt", spec} << 64
-            << "error 13 reading the options file %T/type.opt: CreateDirs=maybe: Type mismatch"
-            << false;
-        QTest::newRow("options value out of range")
-            << QStringList{"--options", "%T/range.opt", spec} << 64
-            << "error 6 reading the options file" << false;
-        QTest::newRow("log in a missing directory")
-            << QStringList{"--options", "%T/job.opt", "--log", "%T/no/such/x.log", spec} << 64
-            << "cannot open the log file" << false;
-        QTest::newRow("missing spec file")
-            << QStringList{"--batch", "--log", "%T/run.log", "%T/none.spc"} << 65
-            << "Spec File Not Found or Invalid: The selected file does not exist" << false;
-        QTest::newRow("spec with a bad include-subdirectories value")
-            << QStringList{"--batch", "--log", "%T/run.log", "%T/bad.spc"} << 65
-            << "Error Loading Spec File: Error 13 occurred while loading Spec File " << false;
+        misuse("no spec file", {"--batch"}, "no spec file");
+        misuse("two spec files", {spec, spec}, "only one");
+        misuse("unknown option", {"--frobnicate", spec}, "unknown option --frobnicate");
+        misuse("bad overwrite answer", {"--overwrite=maybe", spec}, "yes|no|cancel");
+        misuse("retry is no unattended answer", {"--on-error", "retry", spec}, "abort|ignore");
+        misuse("log and no log", {"--log", "%T/run.log", "--no-log", spec}, "--no-log");
+        misuse("log without a name", {spec, "--log"}, "--log needs a value");
+        misuse("flag with a value", {"--batch=yes", spec}, "takes no value");
+        misuse("no workers", {"--jobs", "0", spec}, "--jobs must be a number from 1 to 64");
+        misuse("workers that are no number", {"--jobs=many", spec}, "not \"many\"");
+        row("missing file list", {"--various", "%T/none.txt", spec}, 64,
+            "cannot read the file list");
+        row("missing options file", {"--options", "%T/none.opt", spec}, 64,
+            "cannot read the options file");
+        row("options value of the wrong type", {"--options", "%T/type.opt", spec}, 64,
+            "error 13 reading the options file %T/type.opt: CreateDirs=maybe: Type mismatch");
+        row("options value out of range", {"--options", "%T/range.opt", spec}, 64,
+            "error 6 reading the options file");
+        row("log in a missing directory",
+            {"--options", "%T/job.opt", "--log", "%T/no/such/x.log", spec}, 64,
+            "cannot open the log file");
+        row("missing spec file", {"--batch", "--log", "%T/run.log", "%T/none.spc"}, 65,
+            "Spec File Not Found or Invalid: The selected file does not exist");
+        row("spec with a bad include-subdirectories value",
+            {"--batch", "--log", "%T/run.log", "%T/bad.spc"}, 65,
+            "Error Loading Spec File: Error 13 occurred while loading Spec File ");
         // What is not a file, or too large to be one of ours, is refused at once (each kind for
         // each reader is tst_WholeFile's).
-        QTest::newRow("device as options file")
-            << QStringList{"--options", "/dev/zero", spec} << 64
-            << "cannot read the options file /dev/zero: Not a regular file" << false;
-        QTest::newRow("64 MiB and one byte as file list")
-            << QStringList{"--various", "%T/big", spec} << 64
-            << "cannot read the file list %T/big: File too large" << false;
-        QTest::newRow("fifo as spec file")
-            << QStringList{"--batch", "%T/fifo"} << 65
-            << "Error 75 occurred while loading Spec File %T/fifo." << false;
-        QTest::newRow("fifo as log, nobody reading")
-            << QStringList{"--options", "%T/job.opt", "--log", "%T/fifo", spec} << 64
-            << "cannot open the log file %T/fifo: Device unavailable" << false;
-        QTest::newRow("help") << QStringList{"--help"} << 0 << "Usage: ondrel-stage" << false;
-        QTest::newRow("help wins over a bad option")
-            << QStringList{"--bogus", "-h"} << 0 << "--on-error=abort|ignore" << false;
-        QTest::newRow("version") << QStringList{"--version"} << 0
-                                 << "ondrel-stage " ONDREL_VERSION "\n"
-                                 << false;
+        row("device as options file", {"--options", "/dev/zero", spec}, 64,
+            "cannot read the options file /dev/zero: Not a regular file");
+        row("64 MiB and one byte as file list", {"--various", "%T/big", spec}, 64,
+            "cannot read the file list %T/big: File too large");
+        row("fifo as spec file", {"--batch", "%T/fifo"}, 65,
+            "Error 75 occurred while loading Spec File %T/fifo.");
+        row("fifo as log, nobody reading", {"--options", "%T/job.opt", "--log", "%T/fifo", spec},
+            64, "cannot open the log file %T/fifo: Device unavailable");
+        row("help", {"--help"}, 0, "Usage: ondrel-stage");
+        row("help wins over a bad option", {"--bogus", "-h"}, 0, "--on-error=abort|ignore");
+        row("version", {"--version"}, 0, "ondrel-stage " ONDREL_VERSION "\n");
     }
 
     void commandLine() {
@@ -179,71 +200,45 @@ private Q_SLOTS:
 
         const Outcome r = stage(args);
         QCOMPARE(r.code, code);
-        QVERIFY2((code ? r.err : r.out).contains(expected.replace("%T", m_dir->path())),
-                 qPrintable(r.err + r.out));
+        QVERIFY2((code ? r.err : r.out).contains(t(expected)), qPrintable(r.err + r.out));
         QCOMPARE(r.err.contains("Usage: ondrel-stage"), usage);
-        QVERIFY(!QFileInfo::exists(at("dst")));
-        QVERIFY(!QFileInfo::exists(at("run.log")));
+        expectFiles({"!dst", "!run.log"});
     }
 
+    // The tree staged, its summary on standard output and nothing on standard error (no terminal
+    // here: no progress line either); the log where --log, or else CreateLog, puts it.
     void copiesTree_data() {
         QTest::addColumn<QStringList>("extra");
-        QTest::newRow("plain") << QStringList{};
-        QTest::newRow("quiet") << QStringList{"--quiet"};
-        QTest::newRow("four workers") << QStringList{"--jobs", "4"};
+        QTest::addColumn<bool>("createLog");
+        QTest::addColumn<QString>("log"); // the log expected, relative; empty: none anywhere
+
+        const QStringList named{"--log", "%T/run.log"};
+        QTest::newRow("named log") << named << false << "run.log";
+        QTest::newRow("four workers") << QStringList{"--jobs", "4"} + named << false << "run.log";
+        QTest::newRow("CreateLog: Staging.log in the current directory")
+            << QStringList{} << true << "work/Staging.log";
+        QTest::newRow("no CreateLog") << QStringList{} << false << "";
+        QTest::newRow("no-log overrides CreateLog") << QStringList{"--no-log"} << true << "";
     }
 
     void copiesTree() {
         QFETCH(QStringList, extra);
-        makeTree({});
-        const Outcome r = stage(extra + QStringList{"--batch", "--options", "%T/job.opt", "--log",
-                                                    "%T/run.log", "%T/job.spc"});
-        QCOMPARE(r.code, 0);
-        // Standard error is no terminal here: no progress line, nor anything else.
-        QCOMPARE(r.err, QString());
-        QCOMPARE(readFile(at("dst/a.txt")), QByteArray("A"));
-        QCOMPARE(readFile(at("dst/sub/b.txt")), QByteArray("B"));
-        QCOMPARE(readFile(at("dst/sub/deeper/c.txt")), QByteArray("C"));
-        QVERIFY(!QFileInfo::exists(at("dst/skip.bin")));
-        QVERIFY2(r.out.startsWith("Staging Complete!\n"), qPrintable(r.out));
-        QVERIFY(r.out.contains("during staging:\nNONE\n"));
-        QVERIFY(r.out.contains("# of Files Copied:\t3\n"));
-        QVERIFY(!r.out.contains('\r'));
-
-        const QByteArray log = readFile(at("run.log"));
-        QVERIFY(log.startsWith("Staging started:  "));
-        QVERIFY(log.contains("Copying " + at("src/sub/b.txt").toUtf8() + " to " +
-                             at("dst/sub/b.txt").toUtf8() + "\r\n"));
-        QVERIFY(log.contains("\r\nStaging completed\r\n"));
-    }
-
-    void logChoice_data() {
-        QTest::addColumn<QStringList>("args");
-        QTest::addColumn<QByteArray>("createLog");
-        QTest::addColumn<QString>("log"); // the log expected, relative; empty: none anywhere
-
-        QTest::newRow("named") << QStringList{"--log", "%T/named.log"} << QByteArray("False")
-                               << "named.log";
-        QTest::newRow("CreateLog: Staging.log in the current directory")
-            << QStringList{} << QByteArray("True") << "work/Staging.log";
-        QTest::newRow("no CreateLog") << QStringList{} << QByteArray("False") << "";
-        QTest::newRow("no-log overrides CreateLog")
-            << QStringList{"--no-log"} << QByteArray("True") << "";
-        QTest::newRow("dry run ignores CreateLog")
-            << QStringList{"--dry-run"} << QByteArray("True") << "";
-    }
-
-    void logChoice() {
-        QFETCH(QStringList, args);
-        QFETCH(QByteArray, createLog);
+        QFETCH(bool, createLog);
         QFETCH(QString, log);
-        makeTree({{"CreateLog", createLog}});
+        makeTree({{"CreateLog", createLog ? "True" : "False"}});
         QVERIFY(QDir().mkpath(at("work")));
-        const Outcome r = stage(
-            args + QStringList{"--batch", "--options", "%T/job.opt", "%T/job.spc"}, at("work"));
+        const Outcome r = stage(job(extra), at("work"));
         QCOMPARE(r.code, 0);
-        for (const QString& candidate : QStringList{"named.log", "work/Staging.log", "Staging.log"})
+        QCOMPARE(r.err, QString());
+        expectFiles({"dst/a.txt=A", "dst/sub/b.txt=B", "dst/sub/deeper/c.txt=C", "!dst/skip.bin"});
+        expect(r.out, {"^Staging Complete!\n", "during staging:\nNONE\n", "# of Files Copied:\t3\n",
+                       "!\r"});
+        for (const char* candidate : {"run.log", "work/Staging.log", "Staging.log"})
             QCOMPARE(QFileInfo::exists(at(candidate)), candidate == log);
+        if (!log.isEmpty())
+            expect(readFile(at(log)),
+                   {"^Staging started:  ", "Copying %T/src/sub/b.txt to %T/dst/sub/b.txt\r\n",
+                    "\r\nStaging completed\r\n"});
     }
 
     // A log that cannot be written (a file-size limit stands in for a full disk) is an error of
@@ -264,13 +259,11 @@ private Q_SLOTS:
         makeTree({});
         for (int i = 0; i < files; ++i)
             QVERIFY(writeFile(at("src/many/f" + QString::number(i) + ".txt"), "x"));
-        const Outcome r =
-            stage({"--batch", "--options", "%T/job.opt", "--log", "%T/run.log", "%T/job.spc"}, {},
-                  ONDREL_STAGE, [limit] {
-                      const rlimit size{rlim_t(limit), rlim_t(limit)};
-                      ::setrlimit(RLIMIT_FSIZE, &size);
-                      std::signal(SIGXFSZ, SIG_IGN);
-                  });
+        const Outcome r = stage(job({"--log", "%T/run.log"}), {}, ONDREL_STAGE, [limit] {
+            const rlimit size{rlim_t(limit), rlim_t(limit)};
+            ::setrlimit(RLIMIT_FSIZE, &size);
+            std::signal(SIGXFSZ, SIG_IGN);
+        });
         QCOMPARE(r.code, 1);
         QCOMPARE(r.err.count("Staging Log Error: Unable to write the staging log " + at("run.log") +
                              ".  Disk full\n"),
@@ -302,17 +295,15 @@ private Q_SLOTS:
         QCOMPARE(::symlink("target", link.constData()), 0);
         if (foreign)
             QCOMPARE(::lchown(link.constData(), 65534, 65534), 0);
-        const Outcome r = stage({"--batch", "--options", "%T/job.opt", "%T/job.spc"});
+        const Outcome r = stage(job());
         QCOMPARE(r.code, foreign ? 64 : 0);
-        if (foreign) {
-            QVERIFY2(r.err.contains("cannot open the log file Staging.log: Permission denied (the "
-                                    "log is a symbolic link owned by another user)"),
-                     qPrintable(r.err));
-            QCOMPARE(readFile(at("target")), QByteArray("precious"));
-            QVERIFY(!QFileInfo::exists(at("dst")));
-        } else {
-            QVERIFY(readFile(at("target")).startsWith("Staging started:  "));
-        }
+        QVERIFY2(!foreign || r.err.contains("cannot open the log file Staging.log: Permission "
+                                            "denied (the log is a symbolic link owned by another "
+                                            "user)"),
+                 qPrintable(r.err));
+        const QByteArray target = readFile(at("target"));
+        QVERIFY(foreign ? target == "precious" : target.startsWith("Staging started:  "));
+        QCOMPARE(QFileInfo::exists(at("dst")), !foreign);
     }
 
     // With no --options the options file beside the program is read.
@@ -326,49 +317,39 @@ private Q_SLOTS:
         QVERIFY(readFile(at("Staging.log")).startsWith("Staging started:  "));
     }
 
+    // A dry run says what it would do, changes nothing and writes no log, CreateLog or not.
     void dryRun_data() {
         QTest::addColumn<Options>("options");
-        QTest::addColumn<bool>("readOnlyDest"); // dst/a.txt exists, read-only
-        QTest::addColumn<int>("code");
-        QTest::addColumn<QStringList>("printed");
-        QTest::addColumn<QStringList>("notPrinted");
+        QTest::addColumn<QStringList>("out"); // see expect()
 
-        const QString c = "copy %T/src/sub/deeper/c.txt -> %T/dst/sub/deeper/c.txt";
+        const QString c = "copy %T/src/sub/deeper/c.txt -> %T/dst/sub/deeper/c.txt\n";
         const QString a = "copy %T/src/a.txt -> %T/dst/a.txt";
         QTest::newRow("missing tree made")
-            << Options{} << false << 0 << QStringList{c, a, "make directory %T/dst/sub/deeper"}
-            << QStringList{"delete "};
+            << Options{}
+            << QStringList{c, a + '\n', "make directory %T/dst/sub/deeper\n", "!delete "};
         QTest::newRow("missing tree skipped without CreateDirs")
-            << Options{{"CreateDirs", "False"}} << false << 0 << QStringList{}
-            << QStringList{"copy ", "make directory "};
-        QTest::newRow("move") << Options{{"DelSource", "True"}} << false << 0
-                              << QStringList{c, a, "delete %T/src/a.txt"} << QStringList{};
+            << Options{{"CreateDirs", "False"}} << QStringList{"!copy ", "!make directory "};
+        QTest::newRow("move") << Options{{"DelSource", "True"}}
+                              << QStringList{c, a + '\n', "delete %T/src/a.txt\n"};
         QTest::newRow("read-only destination refused")
-            << Options{{"Overwrite", "2"}} << true << 1 << QStringList{c} << QStringList{a};
+            << Options{{"Overwrite", "2"}} << QStringList{c, '!' + a};
     }
 
     void dryRun() {
         QFETCH(Options, options);
-        QFETCH(bool, readOnlyDest);
-        QFETCH(int, code);
-        QFETCH(QStringList, printed);
-        QFETCH(QStringList, notPrinted);
-        makeTree(options);
+        QFETCH(QStringList, out);
+        makeTree(options + Options{{"CreateLog", "True"}});
+        // Under "Always" dst/a.txt is there, read-only, and refused: status 1.
+        const bool readOnlyDest = options.contains({"Overwrite", "2"});
         if (readOnlyDest) {
             QVERIFY(writeFile(at("dst/a.txt"), "old"));
             QVERIFY(QFile::setPermissions(at("dst/a.txt"), QFile::ReadOwner));
         }
-        const Outcome r = stage({"--dry-run", "--batch", "--options", "%T/job.opt", "%T/job.spc"});
-        QCOMPARE(r.code, code);
-        for (QString line : printed)
-            QVERIFY2(r.out.contains(line.replace("%T", m_dir->path()) + '\n'), qPrintable(r.out));
-        for (QString text : notPrinted)
-            QVERIFY2(!r.out.contains(text.replace("%T", m_dir->path())), qPrintable(r.out));
-        QVERIFY(r.out.contains("Staging Complete!"));
-        QVERIFY(r.out.endsWith("dry run: nothing was changed\n"));
-        QVERIFY(!QFileInfo::exists(at("dst/sub")));
-        QCOMPARE(readFile(at("dst/a.txt")), readOnlyDest ? QByteArray("old") : "<missing>");
-        QCOMPARE(readFile(at("src/a.txt")), QByteArray("A"));
+        const Outcome r = stage(job({"--dry-run"}));
+        QCOMPARE(r.code, readOnlyDest ? 1 : 0);
+        expect(r.out, out + QStringList{"Staging Complete!", "$dry run: nothing was changed\n"});
+        expectFiles({"!dst/sub", "src/a.txt=A", "!Staging.log",
+                     readOnlyDest ? "dst/a.txt=old" : "dst/a.txt=<missing>"});
     }
 
     // Whatever went wrong, the exit status says so, and the terminal names the path: after the
@@ -411,37 +392,33 @@ private Q_SLOTS:
         QFETCH(QString, message);
         QFETCH(QString, path);
         makeTree({{"ShowErrMsgs", showErrMsgs ? "True" : "False"}});
-        QStringList args = {"--batch", "--on-error=ignore", "--options", "%T/job.opt",
-                            "%T/job.spc"};
+        QStringList args = job({"--on-error=ignore"});
         if (dryRun)
             args.prepend("--dry-run");
-        if (setup == "missing") {
+        if (setup == "missing")
             QVERIFY(writeFile(at("job.spc"), specText(at("none"), "*.txt", {at("dst")})));
-        } else if (setup == "private") {
+        if (setup == "private") {
             QVERIFY(writeFile(at("src/private/p.txt"), "P"));
             QVERIFY(QFile::setPermissions(at("src/private"),
                                           QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
-        } else if (setup == "mode 000") {
-            QVERIFY(QFile::setPermissions(at("src/a.txt"), {}));
         }
+        if (setup == "mode 000")
+            QVERIFY(QFile::setPermissions(at("src/a.txt"), {}));
         QString program = QStringLiteral(ONDREL_STAGE);
         if (::geteuid() == 0) {
             QVERIFY(::chmod(QFile::encodeName(m_dir->path()).constData(), 0777) == 0);
-            args = QStringList{"--reuid=65534", "--regid=65534", "--clear-groups", ONDREL_STAGE} +
-                   args;
+            args = QStringList{"--reuid=65534", "--regid=65534", "--clear-groups", program} + args;
             program = "setpriv";
         }
         const Outcome r = stage(args, {}, program);
         QVERIFY2(r.code == 1, qPrintable(r.out + r.err));
-        QVERIFY2(r.err.contains(message.replace("%T", m_dir->path())), qPrintable(r.err));
-        path.replace("%T", m_dir->path());
-        QCOMPARE(r.err.contains("\n  path: " + path), showErrMsgs);
+        expect(r.err, {message, (showErrMsgs ? "" : "!") + QString("\n  path: ") + path});
         const QStringList failures =
             r.err.split('\n').filter(QRegularExpression("^ondrel-stage: "));
         QCOMPARE(failures.size(), 1);
-        QVERIFY2(failures.first().contains(path), qPrintable(r.err));
+        expect(failures.first(), {path});
         // The rest of the tree is staged all the same.
-        if (setup == "private" || setup == "mode 000")
+        if (setup != "missing")
             QCOMPARE(readFile(at("dst/sub/b.txt")), dryRun ? "<missing>" : QByteArray("B"));
     }
 
@@ -452,7 +429,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("answer");
         QTest::addColumn<int>("code");
         QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<QString>("asked"); // in standard error; empty: no question
+        QTest::addColumn<QString>("asked"); // in standard error, "!" first: not asked
 
         const QString overwrite = "Overwrite Existing File?: %T/dst/a.txt already exists.  "
                                   "Do you want to overwrite it?";
@@ -469,7 +446,7 @@ private Q_SLOTS:
             << always << "--on-error=abort" << 2 << QByteArray("old") << denied;
         QTest::newRow("read-only, no question without ShowErrMsgs")
             << (always + Options{{"ShowErrMsgs", "False"}}) << "--on-error=abort" << 1
-            << QByteArray("old") << QString();
+            << QByteArray("old") << '!' + denied;
     }
 
     void unattendedAnswers() {
@@ -483,33 +460,25 @@ private Q_SLOTS:
         const bool readOnly = options.first().second == "2";
         if (readOnly)
             QVERIFY(QFile::setPermissions(at("dst/a.txt"), QFile::ReadOwner | QFile::ReadGroup));
-        const Outcome r = stage({"--batch", answer, "--options", "%T/job.opt", "%T/job.spc"});
+        const Outcome r = stage(job({answer}));
         QCOMPARE(r.code, code);
         QCOMPARE(readFile(at("dst/a.txt")), content);
-        QVERIFY2(asked.isEmpty() ? !r.err.contains("File Access Permission Denied")
-                                 : r.err.contains(asked.replace("%T", m_dir->path())),
-                 qPrintable(r.err));
-        QVERIFY2(r.out.startsWith(code == 2 ? "Staging Aborted!" : "Staging Complete!"),
-                 qPrintable(r.out));
-        QCOMPARE(r.out.contains("during staging:\n" + at("src/a.txt") + '\n'), readOnly);
+        expect(r.err, {asked});
+        expect(r.out, {code == 2 ? "^Staging Aborted!" : "^Staging Complete!",
+                       (readOnly ? "" : "!") + QString("during staging:\n%T/src/a.txt\n")});
     }
 
     void variousFiles() {
+        makeTree({});
+        QVERIFY(writeFile(at("job.spc"), specText("<various>", "*.txt", {at("dst")})));
         QVERIFY(writeFile(at("in/one.txt"), "1"));
         QVERIFY(writeFile(at("in/a,b.txt"), "2"));
         QVERIFY(writeFile(at("in/skip.dat"), "3"));
-        QVERIFY(writeFile(at("job.spc"), specText("<various>", "*.txt", {at("dst")})));
-        QVERIFY(writeFile(at("job.opt"), optionsText({})));
-        const QString in = at("in/");
-        QVERIFY(writeFile(at("list.txt"), ('"' + in + "a,b.txt\"\r\n" + in + "one.txt\r\n" +
-                                           "one.txt\r\n" + in + "skip.dat\r\n")
+        QVERIFY(writeFile(at("list.txt"), t("\"%T/in/a,b.txt\"\r\n%T/in/one.txt\r\none.txt\r\n"
+                                            "%T/in/skip.dat\r\n")
                                               .toUtf8()));
-        const Outcome r =
-            stage({"--batch", "--options", "%T/job.opt", "--various", "%T/list.txt", "%T/job.spc"});
-        QCOMPARE(r.code, 0);
-        QCOMPARE(readFile(at("dst/one.txt")), QByteArray("1"));
-        QCOMPARE(readFile(at("dst/a,b.txt")), QByteArray("2"));
-        QVERIFY(!QFileInfo::exists(at("dst/skip.dat")));
+        QCOMPARE(stage(job({"--various", "%T/list.txt"})).code, 0);
+        expectFiles({"dst/one.txt=1", "dst/a,b.txt=2", "!dst/skip.dat"});
     }
 
     // Ctrl-C: the run stops, deletes no source, and finishes its log and summary. The log is a
@@ -517,10 +486,9 @@ private Q_SLOTS:
     void interruptCancelsRun() {
         const int count = 1500;
         const QString name(60, u'n');
+        makeTree({{"DelSource", "True"}});
         for (int i = 0; i < count; ++i)
             QVERIFY(writeFile(at("src/" + name + QString::number(i) + ".txt"), "x"));
-        QVERIFY(writeFile(at("job.spc"), specText(at("src"), "*.txt", {at("dst")})));
-        QVERIFY(writeFile(at("job.opt"), optionsText({{"DelSource", "True"}})));
         QCOMPARE(::mkfifo(QFile::encodeName(at("run.log")).constData(), 0600), 0);
         const int fd = ::open(QFile::encodeName(at("run.log")).constData(), O_RDONLY | O_NONBLOCK);
         QVERIFY(fd >= 0);
@@ -552,16 +520,16 @@ private Q_SLOTS:
 
         QCOMPARE(process.exitStatus(), QProcess::NormalExit);
         QCOMPARE(process.exitCode(), 2);
-        const QString out = QString::fromUtf8(process.readAllStandardOutput());
-        QVERIFY2(out.startsWith("Staging Aborted!\n"), qPrintable(out));
-        QVERIFY(out.contains("No files were deleted from their source directories."));
-        QVERIFY(log.contains("\r\nStaging aborted\r\n"));
+        expect(process.readAllStandardOutput(),
+               {"^Staging Aborted!\n", "No files were deleted from their source directories."});
+        expect(log, {"\r\nStaging aborted\r\n"});
         QVERIFY2(QRegularExpression("# of Files Copied:\t[0-9,]+\r\n$")
                      .match(QString::fromUtf8(log))
                      .hasMatch(),
                  log.right(200).constData());
-        QCOMPARE(QDir(at("src")).entryList(QDir::Files).size(), count);
-        QVERIFY(QDir(at("dst")).entryList(QDir::Files).size() < count);
+        // With makeTree's a.txt and skip.bin beside them.
+        QCOMPARE(QDir(at("src")).entryList(QDir::Files).size(), count + 2);
+        QVERIFY(QDir(at("dst")).entryList(QDir::Files).size() < count + 1);
     }
 
     // Runs the program on a terminal of its own with args (after the program), typing typed
@@ -570,10 +538,10 @@ private Q_SLOTS:
     QByteArray onTerminal(const QStringList& args, const QByteArray& typed, int& status) {
         QList<QByteArray> words = {ONDREL_STAGE};
         for (const QString& arg : args)
-            words << QFile::encodeName(QString(arg).replace("%T", m_dir->path()));
+            words << QFile::encodeName(t(arg));
         std::vector<char*> argv;
-        for (const QByteArray& a : words)
-            argv.push_back(const_cast<char*>(a.constData()));
+        for (QByteArray& word : words)
+            argv.push_back(word.data());
         argv.push_back(nullptr);
 
         int master = -1;
@@ -606,61 +574,50 @@ private Q_SLOTS:
         return transcript;
     }
 
-    // On a terminal the question is asked, with the answers from the command line as the
-    // default; an answer that names no button is asked again.
-    void questionOnTerminal_data() {
-        QTest::addColumn<QByteArray>("typed");
+    // On a terminal the progress line is drawn (the first look at the run draws it at once) and
+    // taken away before a question and before the summary; --quiet leaves it out. The overwrite
+    // question takes the answers from the command line as its default; an answer that names no
+    // button is asked again.
+    void terminal_data() {
+        QTest::addColumn<QStringList>("extra");
+        QTest::addColumn<QByteArray>("typed"); // empty: unattended, and no file in the way
         QTest::addColumn<int>("code");
-        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QByteArray>("content"); // of dst/a.txt afterwards
 
-        QTest::newRow("yes") << QByteArray("y\n") << 0 << QByteArray("A");
-        QTest::newRow("Enter takes the default") << QByteArray("\n") << 0 << QByteArray("old");
+        QTest::newRow("progress") << QStringList{"--batch"} << QByteArray() << 0 << QByteArray("A");
+        QTest::newRow("quiet") << QStringList{"--batch", "--quiet"} << QByteArray() << 0
+                               << QByteArray("A");
+        QTest::newRow("yes") << QStringList{} << QByteArray("y\n") << 0 << QByteArray("A");
+        QTest::newRow("Enter takes the default")
+            << QStringList{} << QByteArray("\n") << 0 << QByteArray("old");
         QTest::newRow("nonsense, then cancel")
-            << QByteArray("perhaps\nCancel\n") << 2 << QByteArray("old");
+            << QStringList{} << QByteArray("perhaps\nCancel\n") << 2 << QByteArray("old");
         QTest::newRow("end of input takes the default")
-            << QByteArray("\x04") << 0 << QByteArray("old");
+            << QStringList{} << QByteArray("\x04") << 0 << QByteArray("old");
     }
 
-    void questionOnTerminal() {
+    void terminal() {
+        QFETCH(QStringList, extra);
         QFETCH(QByteArray, typed);
         QFETCH(int, code);
         QFETCH(QByteArray, content);
         makeTree({{"Overwrite", "1"}});
-        QVERIFY(writeFile(at("dst/a.txt"), "old"));
+        if (!typed.isEmpty())
+            QVERIFY(writeFile(at("dst/a.txt"), "old"));
         int status = 0;
         const QByteArray transcript =
-            onTerminal({"--options", "%T/job.opt", "%T/job.spc"}, typed, status);
-        QVERIFY2(transcript.contains("(Enter: No)? "), transcript.constData());
-        QVERIFY(transcript.contains("Overwrite Existing File?"));
-        QVERIFY(transcript.contains("already exists.  Do you want to overwrite it?"));
-        // The progress line is taken away before the question.
-        QVERIFY(transcript.contains("\r\x1b[K\r\nOverwrite Existing File?"));
+            onTerminal(extra + QStringList{"--options", "%T/job.opt", "%T/job.spc"}, typed, status);
         QVERIFY(WIFEXITED(status));
         QCOMPARE(WEXITSTATUS(status), code);
         QCOMPARE(readFile(at("dst/a.txt")), content);
-    }
-
-    // On a terminal the progress line is drawn (the first look at the run draws it at once),
-    // and cleared before the summary; --quiet leaves it out.
-    void progressOnTerminal_data() {
-        QTest::addColumn<QStringList>("extra");
-        QTest::addColumn<bool>("shown");
-        QTest::newRow("shown") << QStringList{} << true;
-        QTest::newRow("quiet") << QStringList{"--quiet"} << false;
-    }
-
-    void progressOnTerminal() {
-        QFETCH(QStringList, extra);
-        QFETCH(bool, shown);
-        makeTree({});
-        int status = 0;
-        const QByteArray transcript = onTerminal(
-            extra + QStringList{"--batch", "--options", "%T/job.opt", "%T/job.spc"}, {}, status);
-        QVERIFY(WIFEXITED(status));
-        QCOMPARE(WEXITSTATUS(status), 0);
-        QVERIFY2(transcript.contains("# of Files Copied:\t3"), transcript.constData());
-        QCOMPARE(transcript.contains("0 files  0 B  searching "), shown);
-        QCOMPARE(transcript.contains("\r\x1b[KStaging Complete!"), shown);
+        const QString shown = extra.contains("--quiet") ? "!" : "";
+        expect(transcript, typed.isEmpty() ? QStringList{"# of Files Copied:\t3",
+                                                         shown + "0 files  0 B  searching ",
+                                                         shown + "\r\x1b[KStaging Complete!"}
+                                           : QStringList{"(Enter: No)? ",
+                                                         "already exists.  Do you want to "
+                                                         "overwrite it?",
+                                                         "\r\x1b[K\r\nOverwrite Existing File?"});
     }
 };
 

@@ -9,9 +9,14 @@ using namespace ondrel;
 
 namespace {
 
-const QString kNotFoundTitle = "Spec File Not Found or Invalid";
-const QString kNotFoundText = "The selected file does not exist or does not contain staging "
-                              "specifications in the required format.";
+const QString kNotFound = "[!] Spec File Not Found or Invalid: The selected file does not exist or "
+                          "does not contain staging specifications in the required format.";
+
+// The box a load that failed with error number shows; "~" is the file's name.
+QString loadError(int number) {
+    return QString("[!] Error Loading Spec File: Error %1 occurred while loading Spec File ~.")
+        .arg(number);
+}
 
 const QByteArray kNoFile = "<no file>";
 
@@ -37,6 +42,18 @@ QStringList outline(clsSpecFile& spec) {
     return out;
 }
 
+// The message boxes as the user sees them: [!] exclamation with OK, [?] question with Yes, No
+// and Cancel.
+QStringList shown(const ScriptedMsgBox& boxes) {
+    QStringList all;
+    for (const MsgBoxRequest& box : boxes.shown()) {
+        const bool ok = box.icon == MsgIcon::Exclamation && box.buttons == MsgButtons::OK;
+        const bool ask = box.icon == MsgIcon::Question && box.buttons == MsgButtons::YesNoCancel;
+        all << QString(ok ? "[!] " : ask ? "[?] " : "[bad] ") + box.title + ": " + box.prompt;
+    }
+    return all;
+}
+
 } // namespace
 
 class tst_clsSpecFile : public QObject {
@@ -44,13 +61,6 @@ class tst_clsSpecFile : public QObject {
 
 private:
     QTemporaryDir m_dir;
-
-    QString write(const QString& name, const QByteArray& text) {
-        const QString path = m_dir.filePath(name);
-        if (!WholeFile::write(path, text).ok())
-            qFatal("cannot write %s", qPrintable(path));
-        return path;
-    }
 
     // Saves the spec in the test's directory under name; returns what was written.
     QByteArray saveAs(clsSpecFile& spec, const QString& name) {
@@ -71,30 +81,28 @@ private Q_SLOTS:
                               "<various>", "  *.*", "    D:\\Stage\\Misc"}));
         QVERIFY(!spec.Dirty());
         spec.setDirty(true);
-        const QByteArray saved = saveAs(spec, "Web.spc");
+        QCOMPARE(saveAs(spec, "Web.spc"), WholeFile::read(fixture("worked-example.spc")).value());
         QVERIFY(!spec.Dirty());
-        QCOMPARE(saved, WholeFile::read(fixture("worked-example.spc")).value());
         QVERIFY(boxes.shown().isEmpty());
     }
 
     void loading_data() {
         QTest::addColumn<QByteArray>("text"); // kNoFile: nothing on disk
         QTest::addColumn<QStringList>("tree");
-        QTest::addColumn<QString>("title"); // empty: loads without a message
-        QTest::addColumn<int>("error");     // number in "Error N occurred while loading"
+        QTest::addColumn<QString>("box"); // empty: loads without a message
 
         QTest::newRow("SP2 without SP1")
-            << crlf("[SourcePaths]\nSP2=/a\n") << QStringList() << kNotFoundTitle << 0;
-        QTest::newRow("empty file") << QByteArray() << QStringList() << kNotFoundTitle << 0;
-        QTest::newRow("no file") << kNoFile << QStringList() << kNotFoundTitle << 0;
+            << crlf("[SourcePaths]\nSP2=/a\n") << QStringList() << kNotFound;
+        QTest::newRow("empty file") << QByteArray() << QStringList() << kNotFound;
+        QTest::newRow("no file") << kNoFile << QStringList() << kNotFound;
         QTest::newRow("order, case and blank lines ignored")
             << WholeFile::read(fixture("shuffled-lf.spc")).value()
-            << QStringList{"/projects/web +sub", "  *.htm", "    /stage/web"} << QString() << 0;
+            << QStringList{"/projects/web +sub", "  *.htm", "    /stage/web"} << QString();
         const QString exact = "/" + QString(253, u'e');
         const QString longer = "/" + QString(300, u'l');
         QTest::newRow("values cut at 254")
             << ("[SourcePaths]\r\nSP1=" + exact + "\r\nSP2=" + longer + "\r\n").toUtf8()
-            << QStringList{exact, longer.left(254)} << QString() << 0;
+            << QStringList{exact, longer.left(254)} << QString();
         QByteArray big = "[SourcePaths]\r\nSP1=/a\r\n[SP1FGs]\r\nFG1=*.*\r\n[SP1FG1DPs]\r\n";
         QStringList bigTree{"/a", "  *.*"};
         for (int k = 1; k <= 32768; ++k) {
@@ -102,68 +110,50 @@ private Q_SLOTS:
             if (k <= 32767)
                 bigTree << "    /d" + QString::number(k);
         }
-        QTest::newRow("more than 32767 entries overflow")
-            << big << bigTree << "Error Loading Spec File" << 6;
+        QTest::newRow("more than 32767 entries overflow") << big << bigTree << loadError(6);
         QTest::newRow("entries after a gap are ignored")
             << crlf("[SourcePaths]\nSP1=/a\nSP3=/c\n[SP1FGs]\nFG1=*.*\nFG3=*.x\n")
-            << QStringList{"/a", "  *.*"} << QString() << 0;
-        QTest::newRow("ISD missing means no sub-directories")
-            << crlf("[SourcePaths]\nSP1=/a\n") << QStringList{"/a"} << QString() << 0;
+            << QStringList{"/a", "  *.*"} << QString();
         QTest::newRow("numeric ISD") << crlf("[SourcePaths]\nSP1=/a\n[ISD]\nSP1=-1\n")
-                                     << QStringList{"/a +sub"} << QString() << 0;
+                                     << QStringList{"/a +sub"} << QString();
         QTest::newRow("ISD yes stops after the source path was added")
             << crlf("[SourcePaths]\nSP1=/a\nSP2=/b\n[ISD]\nSP1=yes\n") << QStringList{"/a"}
-            << "Error Loading Spec File" << 13;
+            << loadError(13);
         // Paths differing only in case are two directories where file names keep case.
         const QByteArray twoCases =
             crlf("[SourcePaths]\nSP1=/Data\nSP2=/DATA\n[SP1FGs]\nFG1=*.c\n[SP1FG1DPs]\nDP1=/x\n"
                  "DP2=/X\n");
 #ifdef Q_OS_WIN
         QTest::newRow("paths differing only in case: what came before the duplicate")
-            << twoCases << QStringList{"/Data", "  *.c", "    /x"} << "Error Loading Spec File"
-            << 457;
+            << twoCases << QStringList{"/Data", "  *.c", "    /x"} << loadError(457);
 #else
         QTest::newRow("paths differing only in case are two entries")
-            << twoCases << QStringList{"/Data", "  *.c", "    /x", "    /X", "/DATA"} << QString()
-            << 0;
+            << twoCases << QStringList{"/Data", "  *.c", "    /x", "    /X", "/DATA"} << QString();
 #endif
         QTest::newRow("masks differing only in case: what came before the duplicate")
             << crlf("[SourcePaths]\nSP1=/a\n[SP1FGs]\nFG1=*.c\nFG2=*.C\nFG3=*.h\n")
-            << QStringList{"/a", "  *.c"} << "Error Loading Spec File" << 457;
+            << QStringList{"/a", "  *.c"} << loadError(457);
         QTest::newRow("unreached sections ignored")
             << crlf("[SourcePaths]\nSP1=/a\n[SP2FGs]\nFG1=*.*\n[SP1FG2DPs]\nDP1=/x\n")
-            << QStringList{"/a"} << QString() << 0;
+            << QStringList{"/a"} << QString();
     }
 
     void loading() {
         QFETCH(QByteArray, text);
         QFETCH(QStringList, tree);
-        QFETCH(QString, title);
-        QFETCH(int, error);
-        const QString path =
-            text == kNoFile ? m_dir.filePath("absent.spc") : write("load.spc", text);
+        QFETCH(QString, box);
+        const QString path = m_dir.filePath(text == kNoFile ? "absent.spc" : "load.spc");
+        if (text != kNoFile)
+            QVERIFY(WholeFile::write(path, text).ok());
         ScriptedMsgBox boxes;
         clsSpecFile spec;
         spec.setName("keep.spc");
-        const bool loaded = spec.LoadSpecFile(path);
-        QCOMPARE(loaded, title.isEmpty());
+        QCOMPARE(spec.LoadSpecFile(path), box.isEmpty());
         QCOMPARE(outline(spec), tree);
         QVERIFY(!spec.Dirty());
         QCOMPARE(spec.Name(), QString("keep.spc"));
-        if (title.isEmpty()) {
-            QVERIFY(boxes.shown().isEmpty());
-            return;
-        }
-        QCOMPARE(boxes.shown().size(), 1);
-        const MsgBoxRequest& box = boxes.shown().first();
-        QCOMPARE(box.title, title);
-        QCOMPARE(box.buttons, MsgButtons::OK);
-        QCOMPARE(box.icon, MsgIcon::Exclamation);
-        if (error)
-            QCOMPARE(box.prompt,
-                     QString("Error %1 occurred while loading Spec File %2.").arg(error).arg(path));
-        else
-            QCOMPARE(box.prompt, kNotFoundText);
+        QCOMPARE(shown(boxes),
+                 box.isEmpty() ? QStringList() : QStringList{box.replace(u'~', path)});
     }
 
     // Values ending in NULs: the reading rule drops one, saving writes none, so the second save
@@ -182,20 +172,17 @@ private Q_SLOTS:
         QVERIFY(boxes.shown().isEmpty());
     }
 
-    void renamedSourcePathIsWrittenLast() {
+    // A renamed source path is written last; an empty tree then empties the file, which then
+    // does not load (the "empty file" row of loading).
+    void savingWritesTheTreeAsItIsNow() {
         clsSpecFile spec;
         auto first = spec.SPs().Add("/one");
         spec.SPs().Add("/two");
         spec.SPs().Rename("/one", "/uno", first);
         QCOMPARE(saveAs(spec, "renamed.spc"),
                  crlf("[SourcePaths]\nSP1=/two\nSP2=/uno\n[ISD]\nSP1=False\nSP2=False\n"));
-    }
-
-    // What it saves does not load: the "empty file" row of loading.
-    void emptyTreeSavesAnEmptyFile() {
-        write("empty.spc", "[SourcePaths]\r\nSP1=/old\r\n");
-        clsSpecFile spec;
-        QCOMPARE(saveAs(spec, "empty.spc"), QByteArray());
+        QVERIFY(spec.NewSpecFile());
+        QCOMPARE(saveAs(spec, "renamed.spc"), QByteArray());
     }
 
     void saveFailureKeepsDirty() {
@@ -207,33 +194,28 @@ private Q_SLOTS:
         spec.setName("x.spc");
         spec.SaveSpecFile();
         QVERIFY(spec.Dirty());
-        QCOMPARE(boxes.shown().size(), 1);
-        const MsgBoxRequest& box = boxes.shown().first();
-        QCOMPARE(box.prompt, QString("Error 76 occurred while saving Spec File %1.")
-                                 .arg(m_dir.path() + "/no/such/x.spc"));
-        QCOMPARE(box.title, QString("Error Saving Spec File"));
-        QCOMPARE(box.icon, MsgIcon::Exclamation);
+        QCOMPARE(shown(boxes), QStringList{"[!] Error Saving Spec File: Error 76 occurred while "
+                                           "saving Spec File " +
+                                           m_dir.path() + "/no/such/x.spc."});
     }
 
+    // NewSpecFile, and LoadSpecFile, which begins with it, on a spec with one source path: a
+    // dirty one asks first; Cancel keeps everything, Yes saves before the tree is emptied.
     void newSpecFile_data() {
-        QTest::addColumn<bool>("dirty");
-        QTest::addColumn<int>("answer"); // MsgAnswer, or -1 for no question
-        QTest::addColumn<bool>("result");
-        QTest::addColumn<bool>("saved");
-        QTest::addColumn<int>("remaining");
+        QTest::addColumn<bool>("load");
+        QTest::addColumn<int>("answer"); // MsgAnswer; -1: the spec is clean, nothing is asked
 
-        QTest::newRow("clean: nothing asked") << false << -1 << true << false << 0;
-        QTest::newRow("dirty, Cancel") << true << int(MsgAnswer::Cancel) << false << false << 1;
-        QTest::newRow("dirty, No") << true << int(MsgAnswer::No) << true << false << 0;
-        QTest::newRow("dirty, Yes") << true << int(MsgAnswer::Yes) << true << true << 0;
+        QTest::newRow("clean: nothing asked") << false << -1;
+        QTest::newRow("dirty, Cancel") << false << int(MsgAnswer::Cancel);
+        QTest::newRow("dirty, No") << false << int(MsgAnswer::No);
+        QTest::newRow("dirty, Yes") << false << int(MsgAnswer::Yes);
+        QTest::newRow("load, dirty, Cancel: nothing is loaded") << true << int(MsgAnswer::Cancel);
     }
 
     void newSpecFile() {
-        QFETCH(bool, dirty);
+        QFETCH(bool, load);
         QFETCH(int, answer);
-        QFETCH(bool, result);
-        QFETCH(bool, saved);
-        QFETCH(int, remaining);
+        const bool cancel = answer == int(MsgAnswer::Cancel);
         QTemporaryDir dir;
         ScriptedMsgBox boxes;
         if (answer >= 0)
@@ -242,30 +224,16 @@ private Q_SLOTS:
         spec.setPath(dir.path() + "/");
         spec.setName("Spec1.spc");
         spec.SPs().Add("<various>");
-        spec.setDirty(dirty);
-        QCOMPARE(spec.NewSpecFile(), result);
-        QCOMPARE(spec.SPs().Count(), remaining);
-        QCOMPARE(spec.Dirty(), dirty && !result);
+        spec.setDirty(answer >= 0);
+        QCOMPARE(load ? spec.LoadSpecFile(fixture("worked-example.spc")) : spec.NewSpecFile(),
+                 !cancel);
+        QCOMPARE(outline(spec), cancel ? QStringList{"<various>"} : QStringList());
+        QCOMPARE(spec.Dirty(), cancel);
         QCOMPARE(spec.Name(), QString("Spec1.spc"));
-        QCOMPARE(QFile::exists(dir.filePath("Spec1.spc")), saved);
-        QCOMPARE(boxes.shown().size(), answer >= 0 ? 1 : 0);
-        if (answer >= 0) {
-            QCOMPARE(boxes.shown().first().prompt, QString("Save changes to Spec1.spc?"));
-            QCOMPARE(boxes.shown().first().title, QString("Save Spec File?"));
-            QCOMPARE(boxes.shown().first().buttons, MsgButtons::YesNoCancel);
-            QCOMPARE(boxes.shown().first().icon, MsgIcon::Question);
-        }
-    }
-
-    void cancelledSavePromptKeepsTheTree() {
-        ScriptedMsgBox boxes;
-        boxes.queue(MsgAnswer::Cancel);
-        clsSpecFile spec;
-        spec.SPs().Add("/mine");
-        spec.setDirty(true);
-        QVERIFY(!spec.LoadSpecFile(fixture("worked-example.spc")));
-        QCOMPARE(outline(spec), QStringList{"/mine"});
-        QVERIFY(spec.Dirty());
+        QCOMPARE(QFile::exists(dir.filePath("Spec1.spc")), answer == int(MsgAnswer::Yes));
+        QCOMPARE(shown(boxes), answer < 0 ? QStringList()
+                                          : QStringList{"[?] Save Spec File?: Save changes to "
+                                                        "Spec1.spc?"});
     }
 };
 

@@ -2,64 +2,36 @@
 #include "staging/frmStageInfo.h"
 
 #include "StagingFixture.h"
-#include "app/ScreenMetrics.h"
-#include "app/clsOndrelApp.h"
 #include "platform/ScriptedMsgBox.h"
-#include "spec/clsSpecFile.h"
-#include "staging/StagingFileOps.h"
 
 #include <QApplication>
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScrollBar>
-#include <QTemporaryDir>
 #include <QTextBlock>
 #include <QThread>
-#include <QTimer>
 #include <QtTest>
 
 #include "tests/ui/WhenModal.h"
-
-#include <functional>
 
 using namespace ondrel;
 
 namespace {
 
-const FixedScreen kScreen(9600, 7200);
-
-// One source directory with two files, staged by "*.*" to one destination.
-struct Job {
-    QTemporaryDir root;
-    QString source = root.filePath(QStringLiteral("src"));
-    QString destination = root.filePath(QStringLiteral("dst"));
-    clsOndrelApp settings{kScreen, root.path()};
-    clsSpecFile spec;
-    QStringList various{QString()};
-    test::HookedDiskOps ops;
+// One source directory with two files, staged by "*.*" to one destination, and its window.
+struct Job : test::StagingFixture {
     ScriptedMsgBox boxes;
+    std::unique_ptr<frmStage> window;
 
     Job() {
-        QDir(root.path()).mkpath(QStringLiteral("src"));
-        QDir(root.path()).mkpath(QStringLiteral("dst"));
-        write(QStringLiteral("a.txt"), "alpha");
-        write(QStringLiteral("b.txt"), "bravo");
-        auto sp = spec.SPs().Add(source);
-        sp->FGs().Add(QStringLiteral("*.*"))->DPs().Add(destination);
-    }
-    void write(const QString& name, const QByteArray& content) {
-        QFile file(source + QLatin1Char('/') + name);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(content);
-    }
-    QByteArray copied(const QString& name) const {
-        QFile file(destination + QLatin1Char('/') + name);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(missing)");
+        file("src/a.txt", "alpha");
+        file("src/b.txt", "bravo");
+        QDir().mkpath(path("dst"));
+        group("src", "*.*", {"dst"});
+        window = std::make_unique<frmStage>(spec, settings, various, ops, nullptr, dir.path());
     }
 };
 
@@ -72,21 +44,18 @@ private Q_SLOTS:
     void showsWhatTheRunReports_data() {
         QTest::addColumn<QString>("label");
         QTest::addColumn<QString>("text");
-        const QString longPath = QStringLiteral("/mnt/archive/") +
-                                 QStringLiteral("very long directory name/").repeated(12) +
-                                 QStringLiteral("final-name.txt");
-        const char* labels[] = {"lblSP", "lblFG", "lblCurDir", "lblSourceFile", "lblDestFile"};
-        for (const char* label : labels) {
+        const QString longPath =
+            "/mnt/archive/" + QString("very long directory name/").repeated(12) + "final-name.txt";
+        for (const char* label : {"lblSP", "lblFG", "lblCurDir", "lblSourceFile", "lblDestFile"}) {
             QTest::addRow("%s long path", label) << label << longPath;
-            QTest::addRow("%s short, markup-like", label)
-                << label << QStringLiteral("/tmp/<b>x</b>");
+            QTest::addRow("%s short, markup-like", label) << label << QString("/tmp/<b>x</b>");
         }
     }
     void showsWhatTheRunReports() {
         QFETCH(QString, label);
         QFETCH(QString, text);
         Job job;
-        frmStage stage(job.spec, job.settings, job.various, job.ops, nullptr, job.root.path());
+        frmStage& stage = *job.window;
         const int width = stage.width();
         auto* shown = stage.findChild<QLabel*>(label);
         QVERIFY(shown);
@@ -115,8 +84,7 @@ private Q_SLOTS:
         // Shortened in the middle: where it starts and the file name stay, and all of it is in
         // the tool tip.
         QVERIFY2(onScreen.contains(QChar(0x2026)), qPrintable(onScreen));
-        QVERIFY(onScreen.startsWith(QStringLiteral("/mnt/archive/")));
-        QVERIFY(onScreen.endsWith(QStringLiteral("final-name.txt")));
+        QVERIFY(onScreen.startsWith("/mnt/archive/") && onScreen.endsWith("final-name.txt"));
         QVERIFY(shown->fontMetrics().horizontalAdvance(onScreen) <= shown->contentsRect().width());
         QVERIFY(shown->toolTip().contains(text.toHtmlEscaped()));
     }
@@ -134,15 +102,10 @@ private Q_SLOTS:
         QFETCH(int, maximum);
         QFETCH(int, value);
         Job job;
-        frmStage stage(job.spec, job.settings, job.various, job.ops, nullptr, job.root.path());
-        for (int call : calls) {
-            if (call < 0)
-                stage.advanceProgress();
-            else
-                stage.setProgressRange(call);
-        }
-        stage.yield();
-        auto* bar = stage.findChild<QProgressBar*>(QStringLiteral("pbrProgress"));
+        for (int call : calls)
+            call < 0 ? job.window->advanceProgress() : job.window->setProgressRange(call);
+        job.window->yield();
+        auto* bar = job.window->findChild<QProgressBar*>("pbrProgress");
         QCOMPARE(bar->minimum(), 0);
         QCOMPARE(bar->maximum(), maximum);
         QCOMPARE(bar->value(), value);
@@ -150,7 +113,7 @@ private Q_SLOTS:
 
     void yieldServesEventsOnlyAfterItsInterval() {
         Job job;
-        frmStage stage(job.spec, job.settings, job.various, job.ops, nullptr, job.root.path());
+        frmStage& stage = *job.window;
         int served = 0;
         QMetaObject::invokeMethod(
             &stage, [&served] { ++served; }, Qt::QueuedConnection);
@@ -175,21 +138,19 @@ private Q_SLOTS:
         QTest::addColumn<QString>("title");
         QTest::addColumn<QString>("text");
         QTest::addColumn<bool>("scrolls");
-        const QString head = QStringLiteral("Start Date/Time:\tMonday, Mar 3 2025  09:15:02 AM\r\n"
-                                            "End Date/Time:\tMonday, Mar 3 2025  09:15:04 AM\r\n"
-                                            "Staging completed.\r\n\r\n"
-                                            "The following files encountered problems during "
-                                            "staging:\r\n");
+        const QString head = "Start Date/Time:\tMonday, Mar 3 2025  09:15:02 AM\r\n"
+                             "End Date/Time:\tMonday, Mar 3 2025  09:15:04 AM\r\n"
+                             "Staging completed.\r\n\r\n"
+                             "The following files encountered problems during staging:\r\n";
         QTest::newRow("no problems")
-            << QStringLiteral("Staging Complete!")
-            << head + QStringLiteral("NONE\r\n# of Files Copied:\t2\r\n") << false;
+            << "Staging Complete!" << head + "NONE\r\n# of Files Copied:\t2\r\n"
+            << false;
         QString many;
         for (int i = 0; i < 3000; ++i)
-            many += QStringLiteral("/data/in/file%1.dat\r\n").arg(i);
+            many += QString("/data/in/file%1.dat\r\n").arg(i);
         QTest::newRow("thousands of problem files")
-            << QStringLiteral("Staging Aborted!")
-            << head + many +
-                   QStringLiteral("# of Files Deleted:\t0\r\n# of Files Copied:\t1,234\r\n")
+            << "Staging Aborted!"
+            << head + many + "# of Files Deleted:\t0\r\n# of Files Copied:\t1,234\r\n"
             << true;
     }
     void summaryWindow() {
@@ -197,36 +158,35 @@ private Q_SLOTS:
         QFETCH(QString, text);
         QFETCH(bool, scrolls);
         frmStageInfo info(title, text);
+        auto* box = info.findChild<QPlainTextEdit*>("txtInfo");
         QString shownText;
         int scrollRange = -1;
         QList<int> valueColumns;
         QMetaObject::invokeMethod(
             &info,
             [&] {
-                auto* box = info.findChild<QPlainTextEdit*>(QStringLiteral("txtInfo"));
                 shownText = box->toPlainText();
                 scrollRange = box->verticalScrollBar()->maximum();
                 // Where each value after a TAB starts on screen.
                 for (QTextBlock block = box->document()->begin(); block.isValid();
                      block = block.next()) {
-                    const int tab = block.text().indexOf(QLatin1Char('\t'));
+                    const int tab = block.text().indexOf('\t');
                     if (tab < 0)
                         continue;
                     QTextCursor cursor(block);
                     cursor.setPosition(block.position() + tab + 1);
                     valueColumns << box->cursorRect(cursor).left();
                 }
-                QTest::mouseClick(info.findChild<QPushButton*>(QStringLiteral("cmdOK")),
-                                  Qt::LeftButton);
+                QTest::mouseClick(info.findChild<QPushButton*>("cmdOK"), Qt::LeftButton);
             },
             Qt::QueuedConnection);
         QCOMPARE(info.exec(), int(QDialog::Accepted));
 
         QCOMPARE(info.windowTitle(), title);
-        QCOMPARE(info.findChild<QLabel*>(QStringLiteral("lblTitle"))->text(), title);
-        QVERIFY(info.findChild<QLabel*>(QStringLiteral("lblTitle"))->font().bold());
-        QCOMPARE(shownText, QString(text).replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
-        QVERIFY(info.findChild<QPlainTextEdit*>(QStringLiteral("txtInfo"))->isReadOnly());
+        QCOMPARE(info.findChild<QLabel*>("lblTitle")->text(), title);
+        QVERIFY(info.findChild<QLabel*>("lblTitle")->font().bold());
+        QCOMPARE(shownText, QString(text).replace("\r\n", "\n"));
+        QVERIFY(box->isReadOnly());
         QCOMPARE(scrollRange > 0, scrolls);
         QVERIFY(valueColumns.size() >= 3);
         for (int column : valueColumns)
@@ -237,32 +197,19 @@ private Q_SLOTS:
     // first file is being copied. A stopped run ends at once, but the window stays until the
     // walk has returned; either way the summary tells what happened.
     void wholeRun_data() {
-        QTest::addColumn<QString>("action");
-        QTest::addColumn<QString>("title");
-        QTest::addColumn<QString>("outcome");
-        QTest::addColumn<int>("copied");
-        QTest::newRow("left alone") << ""
-                                    << "Staging Complete!"
-                                    << "Staging completed." << 2;
-        QTest::newRow("Cancel button") << "cancel"
-                                       << "Staging Aborted!"
-                                       << "Staging aborted." << 1;
-        QTest::newRow("window close button") << "close"
-                                             << "Staging Aborted!"
-                                             << "Staging aborted." << 1;
-        QTest::newRow("Escape key") << "escape"
-                                    << "Staging Aborted!"
-                                    << "Staging aborted." << 1;
+        QTest::addColumn<QString>("action"); // taken during the first copy
+        QTest::newRow("left alone") << QString();
+        QTest::newRow("Cancel button") << "cancel";
+        QTest::newRow("window close button") << "close";
+        QTest::newRow("Escape key") << "escape";
     }
     void wholeRun() {
         QFETCH(QString, action);
-        QFETCH(QString, title);
-        QFETCH(QString, outcome);
-        QFETCH(int, copied);
+        const bool stopped = !action.isEmpty();
         Job job;
-        frmStage stage(job.spec, job.settings, job.various, job.ops, nullptr, job.root.path());
-        auto* cancel = stage.findChild<QPushButton*>(QStringLiteral("cmdCancel"));
-        QCOMPARE(cancel->text(), QStringLiteral("Cancel"));
+        frmStage& stage = *job.window;
+        auto* cancel = stage.findChild<QPushButton*>("cmdCancel");
+        QCOMPARE(cancel->text(), QString("Cancel"));
         bool stayedOpen = true;
         job.ops.onCopy = [&](const QByteArray&, const QByteArray&) {
             if (action == "cancel")
@@ -275,26 +222,25 @@ private Q_SLOTS:
         };
         QString summaryTitle, summary; // as shown before OK was clicked
         whenModal<frmStageInfo>([&](frmStageInfo* info) {
-            summaryTitle = info->findChild<QLabel*>(QStringLiteral("lblTitle"))->text();
-            summary = info->findChild<QPlainTextEdit*>(QStringLiteral("txtInfo"))->toPlainText();
-            QTest::mouseClick(info->findChild<QPushButton*>(QStringLiteral("cmdOK")),
-                              Qt::LeftButton);
+            summaryTitle = info->findChild<QLabel*>("lblTitle")->text();
+            summary = info->findChild<QPlainTextEdit*>("txtInfo")->toPlainText();
+            QTest::mouseClick(info->findChild<QPushButton*>("cmdOK"), Qt::LeftButton);
         });
         stage.exec();
 
         QVERIFY(stayedOpen);
         QVERIFY(!stage.isVisible());
-        QCOMPARE(stage.run().state().Cancelled, !action.isEmpty());
-        QCOMPARE(summaryTitle, title);
-        QVERIFY2(summary.contains(QLatin1Char('\n') + outcome + QLatin1Char('\n')),
-                 qPrintable(summary));
-        QVERIFY(summary.contains(QStringLiteral("\nNONE\n")));
-        QVERIFY(summary.contains(QStringLiteral("# of Files Copied:\t%1").arg(copied)));
-        const int onDisk = QDir(job.destination).entryList(QDir::Files).size();
-        QCOMPARE(onDisk, copied);
-        QCOMPARE(job.copied(QStringLiteral("a.txt")), QByteArray("alpha"));
-        QCOMPARE(stage.findChild<QLabel*>(QStringLiteral("lblSP"))->text(), job.source);
-        QCOMPARE(stage.findChild<QLabel*>(QStringLiteral("lblFG"))->text(), QStringLiteral("*.*"));
+        QCOMPARE(stage.run().state().Cancelled, stopped);
+        QCOMPARE(summaryTitle, QString(stopped ? "Staging Aborted!" : "Staging Complete!"));
+        const QString outcome = stopped ? "\nStaging aborted.\n" : "\nStaging completed.\n";
+        QVERIFY2(summary.contains(outcome), qPrintable(summary));
+        QVERIFY(summary.contains("\nNONE\n"));
+        const int copied = stopped ? 1 : 2;
+        QVERIFY(summary.contains(QString("# of Files Copied:\t%1").arg(copied)));
+        QCOMPARE(QDir(job.path("dst")).entryList(QDir::Files).size(), copied);
+        QCOMPARE(job.read("dst/a.txt"), QByteArray("alpha"));
+        QCOMPARE(stage.findChild<QLabel*>("lblSP")->text(), job.path("src"));
+        QCOMPARE(stage.findChild<QLabel*>("lblFG")->text(), QString("*.*"));
         QVERIFY(!QApplication::overrideCursor());
         QCOMPARE(job.boxes.shown().size(), 0);
     }

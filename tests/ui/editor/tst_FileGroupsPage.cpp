@@ -24,6 +24,14 @@ namespace {
 
 const QStringList kEmptyCells{"", "", "", "", ""};
 
+// The texts of count things, each given by its position.
+QStringList texts(int count, const std::function<QString(int)>& text) {
+    QStringList all;
+    for (int i = 0; i < count; ++i)
+        all.append(text(i));
+    return all;
+}
+
 // The program as Sub Main starts it, in a program directory of its own.
 struct Program {
     Program() : objects(dir.path()) {
@@ -47,18 +55,13 @@ struct Program {
     }
     QTreeWidget* tree() const { return main->findChild<QTreeWidget*>(QStringLiteral("tvwSpecs")); }
     static QStringList children(const QTreeWidgetItem* node) {
-        QStringList texts;
-        for (int i = 0; i < node->childCount(); ++i)
-            texts.append(node->child(i)->text(0));
-        return texts;
+        return texts(node->childCount(), [node](int i) { return node->child(i)->text(0); });
     }
     // The groups of the first source path as the tree shows them, and as the spec holds them.
     QStringList groups() const { return children(tree()->topLevelItem(0)); }
     QStringList groupsInSpec() const {
-        QStringList names;
-        for (const auto& fg : objects.Spec->SPs().Item(1)->FGs())
-            names.append(fg->Name());
-        return names;
+        const auto& FGs = objects.Spec->SPs().Item(1)->FGs();
+        return texts(FGs.Count(), [&](int i) { return FGs.Item(i + 1)->Name(); });
     }
 
     QTemporaryDir dir;
@@ -71,49 +74,43 @@ struct Page {
     frmCESpecs* dialog;
 
     template <typename T = QPushButton> T* find(const char* name) const {
-        return dialog->findChild<T*>(QString::fromLatin1(name));
+        return dialog->findChild<T*>(name);
     }
     QTableWidget* grid() const { return find<QTableWidget>("grdFGGrid"); }
     QListWidget* list() const { return find<QListWidget>("lstFGList"); }
     void click(const char* button) const { find(button)->click(); }
 
-    // Keys pressed on whatever has the focus: "\n" Enter, "\x1b" Esc, "\b" Backspace; "[n]" is a
-    // mouse click on mask cell n.
+    // Keys pressed on whatever has the focus: "\r" Enter, "\x1b" Esc, "\b" Backspace, "\t" Tab;
+    // "[n]" is a mouse click on mask cell n.
     void type(const QString& keys) const {
         for (qsizetype i = 0; i < keys.size(); ++i) {
-            if (keys.at(i) == u'[') {
-                const QRect cell =
-                    grid()->visualItemRect(grid()->item(0, keys.at(++i).digitValue() - 1));
-                QTest::mouseClick(grid()->viewport(), Qt::LeftButton, {}, cell.center());
-                ++i;
+            if (keys.at(i) != u'[') {
+                QTest::keyClick(QApplication::focusWidget(), keys.at(i).toLatin1());
                 continue;
             }
-            static const QHash<QChar, Qt::Key> special{{u'\n', Qt::Key_Return},
-                                                       {u'\x1b', Qt::Key_Escape},
-                                                       {u'\b', Qt::Key_Backspace},
-                                                       {u'\t', Qt::Key_Tab}};
-            QWidget* target = QApplication::focusWidget();
-            if (special.contains(keys.at(i)))
-                QTest::keyClick(target, special.value(keys.at(i)));
-            else
-                QTest::keyClick(target, keys.at(i).toLatin1());
+            const QRect cell =
+                grid()->visualItemRect(grid()->item(0, keys.at(++i).digitValue() - 1));
+            QTest::mouseClick(grid()->viewport(), Qt::LeftButton, {}, cell.center());
+            ++i;
         }
     }
     void select(int row) const {
         const QRect entry = list()->visualItemRect(list()->item(row));
         QTest::mouseClick(list()->viewport(), Qt::LeftButton, {}, entry.center());
     }
+    void edit(int row) const {
+        select(row);
+        click("cmdFGEdit");
+    }
+    void add(const QString& keys) const {
+        type(keys);
+        click("cmdFGAdd");
+    }
     QStringList cells() const {
-        QStringList texts;
-        for (int c = 0; c < 5; ++c)
-            texts.append(grid()->item(0, c)->text());
-        return texts;
+        return texts(5, [&](int c) { return grid()->item(0, c)->text(); });
     }
     QStringList entries() const {
-        QStringList texts;
-        for (int i = 0; i < list()->count(); ++i)
-            texts.append(list()->item(i)->text());
-        return texts;
+        return texts(list()->count(), [&](int i) { return list()->item(i)->text(); });
     }
     // "Edit" while an edit is under way as the user sees it (bold Edit caption, "Edit" in the
     // row header), "New" while none is, "mixed" when the signs disagree.
@@ -143,80 +140,65 @@ class tst_FileGroupsPage : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+    // Add with the masks typed makes a group of them, or refuses, leaving the masks for the user
+    // to correct and an edit under way.
     void addsAGroupFromTypedMasks_data() {
-        QTest::addColumn<QString>("keys");
-        QTest::addColumn<QStringList>("groups");
-        QTest::newRow("two masks") << "*.txt\nreadme.*" << QStringList{"*.TXT;README.*"};
-        QTest::newRow("forbidden characters")
-            << "c:\\*.t\"x|t\n/<>*.b" << QStringList{"C*.TXT;*.B"};
-        QTest::newRow("semicolon kept") << "*.a;*.b" << QStringList{"*.A;*.B"};
-        QTest::newRow("Enter wraps from 5 to 1") << "a\nb\nc\nd\ne\nf" << QStringList{"AF;B;C;D;E"};
-        QTest::newRow("Esc keeps the typing") << "*.log\x1b" << QStringList{"*.LOG"};
-        QTest::newRow("no cell past a gap") << "*.a[3]zz" << QStringList{"*.A"};
-        QTest::newRow("cells clicked") << "[2]y[1]x[2]y" << QStringList{"X;Y"};
-        QTest::newRow("empty grid adds nothing") << "" << QStringList{};
-    }
-    void addsAGroupFromTypedMasks() {
-        QFETCH(QString, keys);
-        QFETCH(QStringList, groups);
-        Program p;
-        ScriptedMsgBox boxes;
-        inEditor(p, "cmdOK", [&](const Page& page) {
-            page.type(keys);
-            page.click("cmdFGAdd");
-            QCOMPARE(page.entries(), groups);
-            QCOMPARE(page.cells(), kEmptyCells);
-        });
-        QCOMPARE(boxes.shown().size(), 0);
-        QCOMPARE(p.groups(), groups);
-        QVERIFY(p.objects.Spec->Dirty());
-    }
-
-    // A refused Add leaves the masks for the user to correct, and an edit under way.
-    void refusedAdds_data() {
         QTest::addColumn<int>("editRow");
         QTest::addColumn<QString>("keys");
+        QTest::addColumn<QStringList>("added");
         QTest::addColumn<QStringList>("cells");
         QTest::addColumn<QStringList>("box");
+        const auto adds = [](const char* row, const char* keys, const QStringList& added) {
+            QTest::newRow(row) << -1 << QString(keys) << added << kEmptyCells << QStringList{};
+        };
+        adds("two masks", "*.txt\rreadme.*", {"*.TXT;README.*"});
+        adds("forbidden characters", "c:\\*.t\"x|t\r/<>*.b", {"C*.TXT;*.B"});
+        adds("semicolon kept", "*.a;*.b", {"*.A;*.B"});
+        adds("Enter wraps from 5 to 1", "a\rb\rc\rd\re\rf", {"AF;B;C;D;E"});
+        adds("Esc keeps the typing", "*.log\x1b", {"*.LOG"});
+        adds("no cell past a gap", "*.a[3]zz", {"*.A"});
+        adds("cells clicked", "[2]y[1]x[2]y", {"X;Y"});
+        adds("empty grid adds nothing", "", {});
         const QString erase(5, u'\b');
+        const QStringList typed{"*.HTM", "*.HTML", "", "", ""};
         const QStringList exists{"Create/Edit File Groups",
                                  "File Group '*.HTM;*.HTML' already exists for this Source Path."};
-        QTest::newRow("new, case aside")
-            << -1 << "*.HTM\n*.html" << QStringList{"*.HTM", "*.HTML", "", "", ""} << exists;
-        QTest::newRow("renamed onto another")
-            << 1 << "[1]" + erase + "*.htm[2]" + erase + "*.html"
-            << QStringList{"*.HTM", "*.HTML", "", "", ""} << exists;
-        QTest::newRow("edited empty")
-            << 0 << "[1]" + erase << QStringList{"", "*.html", "", "", ""}
+        QTest::newRow("refused: new, case aside")
+            << -1 << "*.HTM\r*.html" << QStringList{} << typed << exists;
+        QTest::newRow("refused: renamed onto another")
+            << 1 << "[1]" + erase + "*.htm[2]" + erase + "*.html" << QStringList{} << typed
+            << exists;
+        QTest::newRow("refused: edited empty")
+            << 0 << "[1]" + erase << QStringList{} << QStringList{"", "*.html", "", "", ""}
             << QStringList{"Create/Edit FileGroups",
                            "You cannot add a File Group that does not contain any file masks."};
     }
-    void refusedAdds() {
+    void addsAGroupFromTypedMasks() {
         QFETCH(int, editRow);
         QFETCH(QString, keys);
+        QFETCH(QStringList, added);
         QFETCH(QStringList, cells);
         QFETCH(QStringList, box);
         Program p;
         p.openWorkedExample();
-        const QStringList before = p.groups();
+        const QStringList groups = p.groups() + added;
         ScriptedMsgBox boxes;
         inEditor(p, "cmdOK", [&](const Page& page) {
-            if (editRow >= 0) {
-                page.select(editRow);
-                page.click("cmdFGEdit");
+            if (editRow >= 0)
+                page.edit(editRow);
+            page.add(keys);
+            QCOMPARE(boxes.shown().size(), box.isEmpty() ? 0 : 1);
+            for (const MsgBoxRequest& shown : boxes.shown()) {
+                QCOMPARE((QStringList{shown.title, shown.prompt}), box);
+                QVERIFY(shown.buttons == MsgButtons::OK && shown.icon == MsgIcon::Exclamation);
             }
-            page.type(keys);
-            page.click("cmdFGAdd");
-            QCOMPARE(boxes.shown().size(), 1);
-            const MsgBoxRequest& shown = boxes.shown().at(0);
-            QCOMPARE((QStringList{shown.title, shown.prompt}), box);
-            QVERIFY(shown.buttons == MsgButtons::OK && shown.icon == MsgIcon::Exclamation);
             QCOMPARE(page.cells(), cells);
             QCOMPARE(page.mode(), editRow >= 0 ? "Edit" : "New");
-            QCOMPARE(page.entries(), before);
+            QCOMPARE(page.entries(), groups);
         });
-        QCOMPARE(p.groups(), before);
+        QCOMPARE(p.groups(), groups);
         QCOMPARE(p.objects.Spec->SPs().Item(1)->FGs().Item(2)->DPs().Count(), 1);
+        QVERIFY(p.objects.Spec->Dirty());
     }
 
     void editRenamesKeepingDestinations() {
@@ -225,8 +207,7 @@ private Q_SLOTS:
         inEditor(p, "cmdOK", [&](const Page& page) {
             // A second Edit ends the edit and empties the grid; a click in the list ends it too
             // (the caption is plain again) but leaves the masks and the row header's "Edit".
-            page.select(0);
-            page.click("cmdFGEdit");
+            page.edit(0);
             QCOMPARE(page.mode(), "Edit");
             page.click("cmdFGEdit");
             QCOMPARE(page.mode(), "New");
@@ -237,11 +218,9 @@ private Q_SLOTS:
             QCOMPARE(page.dialog->EditMode, 0);
             QCOMPARE(page.cells(), (QStringList{"*.htm", "*.html", "", "", ""}));
 
-            page.select(0);
-            page.click("cmdFGEdit");
+            page.edit(0);
             QCOMPARE(page.mode(), "Edit");
-            page.type(QStringLiteral("[3]*.php"));
-            page.click("cmdFGAdd");
+            page.add(QStringLiteral("[3]*.php"));
             QCOMPARE(page.mode(), "New");
             // The list keeps the entry's place; Add with the masks unchanged keeps the name.
             page.click("cmdFGEdit");
@@ -303,12 +282,9 @@ private Q_SLOTS:
         p.objects.Settings->setShowConfirmMsgs(false);
         const QStringList before = p.groups();
         inEditor(p, "cmdCancel", [&](const Page& page) {
-            page.type(QStringLiteral("*.css"));
-            page.click("cmdFGAdd");
-            page.select(0);
-            page.click("cmdFGEdit");
-            page.type(QStringLiteral("[3]*.php"));
-            page.click("cmdFGAdd");
+            page.add(QStringLiteral("*.css"));
+            page.edit(0);
+            page.add(QStringLiteral("[3]*.php"));
             page.select(0);
             page.click("cmdFGDelete");
             QCOMPARE(page.entries(), (QStringList{"*.gif;*.jpg", "*.CSS"}));

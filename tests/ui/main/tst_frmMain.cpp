@@ -3,7 +3,6 @@
 #include "platform/ScriptedFileDialog.h"
 #include "platform/ScriptedHelp.h"
 #include "platform/ScriptedMsgBox.h"
-#include "staging/frmStage.h"
 #include "staging/frmStageInfo.h"
 #include "ui/controls/ProgramObjects.h"
 #include "ui/main/MainIcons.h"
@@ -18,7 +17,6 @@
 #include <QMimeData>
 #include <QMouseEvent>
 #include <QTemporaryDir>
-#include <QTimer>
 #include <QToolBar>
 #include <QToolButton>
 #include <QTreeWidget>
@@ -45,38 +43,38 @@ void writeFile(const QString& path, const QByteArray& bytes) {
     f.write(bytes);
 }
 
-// The program as Sub Main starts it, in a program directory of its own.
+// The program as Sub Main starts it, in the program directory given or in a new one of its own.
 struct Program {
-    explicit Program(const QString& dir, const QByteArray& options = {}) : objects(dir) {
+    explicit Program(const QString& dir = {}, const QByteArray& options = {})
+        : objects(dir.isEmpty() ? own.path() : dir) {
         if (!options.isEmpty())
-            writeFile(optionsFile(), options);
+            writeFile(file("ONDREL.OPT"), options);
         main = createProgramObjects(objects, FixedScreen(9600, 7200));
         objects.Settings->ReadOPTFile();
         main->Show();
     }
-    QString optionsFile() const { return objects.programDirectory + QStringLiteral("/ONDREL.OPT"); }
-    template <typename T> T* find(const QString& name) const { return main->findChild<T*>(name); }
-    QAction* action(const QString& name) const { return find<QAction>(name); }
-    QString row(const QString& key) const {
-        auto* list = find<QTreeWidget>(QStringLiteral("lvwSPProps"));
-        for (int i = 0; i < list->topLevelItemCount(); ++i) {
-            if (list->topLevelItem(i)->data(0, Qt::UserRole).toString() == key)
-                return list->topLevelItem(i)->text(1);
-        }
-        return QStringLiteral("(no row)");
+    QString file(const char* name) const { return objects.programDirectory + u'/' + name; }
+    template <typename T = QWidget> T* find(const char* n) const { return main->findChild<T*>(n); }
+    QAction* action(const char* name) const { return find<QAction>(name); }
+    // The value the staging options list shows in the row of the key.
+    QString row(const char* key) const {
+        const QAbstractItemModel* rows = find<QTreeWidget>("lvwSPProps")->model();
+        const QModelIndexList found =
+            rows->match(rows->index(0, 0), Qt::UserRole, QLatin1String(key), 1, Qt::MatchExactly);
+        return found.value(0).siblingAtColumn(1).data().toString();
     }
-    QTreeWidget* tree() const { return find<QTreeWidget>(QStringLiteral("tvwSpecs")); }
+    QTreeWidget* tree() const { return find<QTreeWidget>("tvwSpecs"); }
     // Opens the worked example through File, Open; gives the dialog that was asked for.
     FileDialogRequest openWorkedExample() {
         ScriptedFileDialog dialogs;
-        const QString copy = objects.programDirectory + QStringLiteral("/Web.spc");
-        QFile::copy(kWorkedExample, copy);
-        dialogs.queue(copy);
+        QFile::copy(kWorkedExample, file("Web.spc"));
+        dialogs.queue(file("Web.spc"));
         main->mnuFileOpenSpecs_Click();
         return dialogs.shown().value(0);
     }
-    QString specCaption() const { return find<QLabel>(QStringLiteral("lblSpecInfo(0)"))->text(); }
+    QString specCaption() const { return find<QLabel>("lblSpecInfo(0)")->text(); }
 
+    QTemporaryDir own;
     ProgramObjects objects;
     std::unique_ptr<frmMain> main;
 };
@@ -108,11 +106,9 @@ private Q_SLOTS:
     void closingAsksToSaveFirst_data();
     void closingAsksToSaveFirst();
     void stagesWithALog();
-    void splitterDragStaysInBounds();
-    void defaultSizeShowsEveryButtonAndLabel();
+    void defaultLayoutAndSplitterDrag();
     void badOptionsFileEndsWithAReport();
-    void everyMenuEntryHasAnAccessKey();
-    void helpMenuOpensItsTopics();
+    void menuAccessKeysAndHelpTopics();
     void iconsNeedNoIconTheme();
 };
 
@@ -128,29 +124,28 @@ void tst_frmMain::startsAndRestartsFromTheOptionsFile() {
         Program p(dir.path(),
                   "[FSOptions]\r\nTop=1500\r\nLeft=3000\r\nHeight=6000\r\nWidth=9000\r\n"
                   "ShowStageOpts=False\r\nShowToolbar=False\r\nSplitterLoc=2400\r\n"
-                  "SaveSettings=True\r\n[MRUList]\r\nMRU0File=Web.spc\r\n"
-                  "MRU0Path=/jobs/\r\n");
+                  "SaveSettings=True\r\n[MRUList]\r\nMRU0File=Web.spc\r\nMRU0Path=/jobs/\r\n");
         const TwipsScale s = p.main->scale();
-        QCOMPARE(p.main->windowTitle(), QStringLiteral("File Ondrel 3.0"));
+        QCOMPARE(p.main->windowTitle(), "File Ondrel 3.0");
         QCOMPARE(p.main->pos(), QPoint(s.toPixels(3000), s.toPixels(1500)));
         QCOMPARE(p.main->size(), QSize(s.toPixels(9000), s.toPixels(6000)));
-        QCOMPARE(p.specCaption(), QStringLiteral("Spec1.spc"));
-        QVERIFY(p.find<QToolBar>(QStringLiteral("tbrToolBar"))->isHidden());
-        QVERIFY(p.find<QWidget>(QStringLiteral("lvwSPProps"))->isHidden());
-        QVERIFY(!p.action(QStringLiteral("mnuViewStagingOptions"))->isChecked());
-        auto* properties = p.find<QToolButton>(QStringLiteral("Properties"));
+        QCOMPARE(p.specCaption(), "Spec1.spc");
+        QVERIFY(p.find("tbrToolBar")->isHidden());
+        QVERIFY(p.find("lvwSPProps")->isHidden());
+        QVERIFY(!p.action("mnuViewStagingOptions")->isChecked());
+        auto* properties = p.find<QToolButton>("Properties");
         QVERIFY(!properties->isChecked());
-        QCOMPARE(properties->toolTip(), QStringLiteral("Show Staging Options"));
+        QCOMPARE(properties->toolTip(), "Show Staging Options");
         // With the options hidden the tree fills the window: splitter at width - 120, on the grid.
         QCOMPARE(p.main->splitterLeft(), double((s.toTwips(p.main->width()) - 120) / 30 * 30));
-        QCOMPARE(p.action(QStringLiteral("mnuFileMRU(0)"))->text(), QStringLiteral("&1 Web.spc"));
-        QVERIFY(p.action(QStringLiteral("mnuFileMRU(0)"))->isVisible());
-        QVERIFY(!p.action(QStringLiteral("mnuFileMRU(1)"))->isVisible());
-        QVERIFY(p.action(QStringLiteral("mnuFileBar5"))->isVisible());
+        QCOMPARE(p.action("mnuFileMRU(0)")->text(), "&1 Web.spc");
+        QVERIFY(p.action("mnuFileMRU(0)")->isVisible());
+        QVERIFY(!p.action("mnuFileMRU(1)")->isVisible());
+        QVERIFY(p.action("mnuFileBar5")->isVisible());
 
-        p.action(QStringLiteral("mnuViewStagingOptions"))->trigger();
-        p.action(QStringLiteral("mnuViewToolbar"))->trigger();
-        QCOMPARE(properties->toolTip(), QStringLiteral("Hide Staging Options"));
+        p.action("mnuViewStagingOptions")->trigger();
+        p.action("mnuViewToolbar")->trigger();
+        QCOMPARE(properties->toolTip(), "Hide Staging Options");
         QCOMPARE(p.main->splitterLeft(), 2400.0);
         QVERIFY(p.main->close());
     }
@@ -160,85 +155,77 @@ void tst_frmMain::startsAndRestartsFromTheOptionsFile() {
     QVERIFY(written.contains("[MRUList]\r\nMRU0File=Web.spc\r\nMRU0Path=/jobs/\r\n"));
 
     Program again(dir.path());
-    QVERIFY(!again.find<QToolBar>(QStringLiteral("tbrToolBar"))->isHidden());
-    QVERIFY(!again.find<QWidget>(QStringLiteral("lvwSPProps"))->isHidden());
-    QVERIFY(again.find<QToolButton>(QStringLiteral("Properties"))->isChecked());
+    QVERIFY(!again.find("tbrToolBar")->isHidden());
+    QVERIFY(!again.find("lvwSPProps")->isHidden());
+    QVERIFY(again.find<QToolButton>("Properties")->isChecked());
 }
 
 void tst_frmMain::drawsTheWorkedExample_data() {
-    QTest::addColumn<QList<int>>("at"); // top-level position, then child positions
-    QTest::addColumn<QString>("key");
+    QTest::addColumn<QList<int>>("at");  // top-level position, then child positions
+    QTest::addColumn<QString>("parent"); // the parent's index, which begins a child's key
     QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("tag");
-    QTest::newRow("source path") << QList<int>{0} << "C:\\Projects\\Web"
-                                 << "C:\\Projects\\Web"
-                                 << "SP";
-    QTest::newRow("file group: parent index 1") << QList<int>{0, 0} << "1*.htm;*.html"
-                                                << "*.htm;*.html"
-                                                << "";
-    QTest::newRow("destination: parent index 2") << QList<int>{0, 0, 1} << "2E:\\Mirror\\Web"
-                                                 << "E:\\Mirror\\Web"
-                                                 << "";
-    QTest::newRow("second group: node 5") << QList<int>{0, 1, 0} << "5D:\\Stage\\Web\\Images"
-                                          << "D:\\Stage\\Web\\Images"
-                                          << "";
-    QTest::newRow("<various> is node 7") << QList<int>{1, 0} << "7*.*"
-                                         << "*.*"
-                                         << "";
-    QTest::newRow("its destination") << QList<int>{1, 0, 0} << "8D:\\Stage\\Misc"
-                                     << "D:\\Stage\\Misc"
-                                     << "";
+    QTest::newRow("source path") << QList<int>{0} << ""
+                                 << "C:\\Projects\\Web";
+    QTest::newRow("file group: parent index 1") << QList<int>{0, 0} << "1"
+                                                << "*.htm;*.html";
+    QTest::newRow("destination: parent index 2") << QList<int>{0, 0, 1} << "2"
+                                                 << "E:\\Mirror\\Web";
+    QTest::newRow("second group: node 5") << QList<int>{0, 1, 0} << "5"
+                                          << "D:\\Stage\\Web\\Images";
+    QTest::newRow("<various> is node 7") << QList<int>{1, 0} << "7"
+                                         << "*.*";
+    QTest::newRow("its destination") << QList<int>{1, 0, 0} << "8"
+                                     << "D:\\Stage\\Misc";
 }
 
 void tst_frmMain::drawsTheWorkedExample() {
-    QTemporaryDir dir;
-    Program p(dir.path());
-    QCOMPARE(p.openWorkedExample().title, QStringLiteral("Open Spec File"));
-
     QFETCH(QList<int>, at);
+    QFETCH(QString, parent);
+    QFETCH(QString, text);
+    Program p;
+    QCOMPARE(p.openWorkedExample().title, "Open Spec File");
+
+    // Source path, file group, destination path: each level of the tree shows its own image.
+    const int image = QList<int>{SpecTreeImage::SourcePath, SpecTreeImage::FileGroup,
+                                 SpecTreeImage::DestPath}[at.size() - 1];
     QTreeWidgetItem* node = p.tree()->topLevelItem(at.takeFirst());
     for (int i : at)
         node = node->child(i);
-    QFETCH(QString, key);
-    QCOMPARE(node->data(0, Qt::UserRole).toString(), key);
-    QFETCH(QString, text);
+    QCOMPARE(node->data(0, Qt::UserRole).toString(), parent + text);
     QCOMPARE(node->text(0), text);
-    QFETCH(QString, tag);
-    QCOMPARE(node->data(0, Qt::UserRole + 1).toString(), tag);
+    QCOMPARE(node->data(0, Qt::UserRole + 1).toString(), parent.isEmpty() ? "SP" : "");
+    QVERIFY(drawn(node->icon(0), 16) == drawn(treeImage(image), 16));
     QVERIFY(!node->isExpanded());
     QCOMPARE(p.tree()->currentItem(), p.tree()->topLevelItem(0));
-    QCOMPARE(p.specCaption(), QStringLiteral("Web.spc"));
-    QCOMPARE(p.objects.Spec->Path(), dir.path() + u'/');
+    QCOMPARE(p.specCaption(), "Web.spc");
+    QCOMPARE(p.objects.Spec->Path(), p.file(""));
 }
 
 void tst_frmMain::treeClicksAndContextMenu() {
-    QTemporaryDir dir;
-    Program p(dir.path());
+    Program p;
     p.openWorkedExample();
-    QCOMPARE(p.row(QStringLiteral("InclSubDirs")), QStringLiteral("Yes"));
-    QCOMPARE(p.row(QStringLiteral("Overwrite")), QStringLiteral("If Older"));
+    QCOMPARE(p.row("InclSubDirs"), "Yes");
+    QCOMPARE(p.row("Overwrite"), "If Older");
 
     QTreeWidgetItem* web = p.tree()->topLevelItem(0);
-    QTreeWidgetItem* various = p.tree()->topLevelItem(1);
-    p.tree()->setCurrentItem(various->child(0)->child(0));
-    QCOMPARE(p.row(QStringLiteral("InclSubDirs")), QStringLiteral("No"));
+    p.tree()->setCurrentItem(p.tree()->topLevelItem(1)->child(0)->child(0));
+    QCOMPARE(p.row("InclSubDirs"), "No");
     p.tree()->setCurrentItem(web->child(1)->child(0));
-    QCOMPARE(p.row(QStringLiteral("InclSubDirs")), QStringLiteral("Yes"));
+    QCOMPARE(p.row("InclSubDirs"), "Yes");
 
     // The context menu offers Include Subdirectories on a source path only.
-    auto* isd = p.action(QStringLiteral("mnuTVContextISD"));
-    auto* menu = p.find<QMenu>(QStringLiteral("mnuTVContext"));
+    auto* isd = p.action("mnuTVContextISD");
+    auto* menu = p.find<QMenu>("mnuTVContext");
     p.main->tvwSpecs_MouseUp(Qt::RightButton, QPoint(5, 5));
     QVERIFY(!isd->isVisible());
     menu->hide();
     p.tree()->setCurrentItem(web);
     p.main->tvwSpecs_MouseUp(Qt::RightButton, QPoint(5, 5));
-    QVERIFY(isd->isVisible());
-    QVERIFY(isd->isChecked());
+    QVERIFY(isd->isVisible() && isd->isChecked());
     isd->trigger();
     menu->hide();
     QVERIFY(!isd->isChecked());
-    QCOMPARE(p.row(QStringLiteral("InclSubDirs")), QStringLiteral("No"));
+    QCOMPARE(p.row("InclSubDirs"), "No");
     QVERIFY(!p.objects.Spec->SPs().Item(1)->InclSubDirs());
     QVERIFY(p.objects.Spec->Dirty());
 
@@ -249,7 +236,7 @@ void tst_frmMain::treeClicksAndContextMenu() {
     web = p.tree()->topLevelItem(0);
     QTest::mouseClick(p.tree()->viewport(), Qt::LeftButton, {},
                       p.tree()->visualItemRect(web).center());
-    QCOMPARE(p.row(QStringLiteral("InclSubDirs")), QStringLiteral("No"));
+    QCOMPARE(p.row("InclSubDirs"), "No");
 
     // A source path whose name holds the "|" between a node's levels.
     auto barred = p.objects.Spec->SPs().Add(QStringLiteral("/tmp/x/a|b"));
@@ -261,7 +248,7 @@ void tst_frmMain::treeClicksAndContextMenu() {
     QTest::mouseClick(p.tree()->viewport(), Qt::LeftButton, {},
                       p.tree()->visualItemRect(group).center());
     QCOMPARE(p.tree()->currentItem(), group);
-    QCOMPARE(p.row(QStringLiteral("InclSubDirs")), QStringLiteral("Yes"));
+    QCOMPARE(p.row("InclSubDirs"), "Yes");
 
     // A failure a handler lets pass is the common error report titled with its routine, not an
     // end of the program: here the context command on a source path gone from the spec.
@@ -270,7 +257,7 @@ void tst_frmMain::treeClicksAndContextMenu() {
         p.objects.Spec->SPs().Remove(QStringLiteral("/tmp/x/a|b"));
         isd->trigger();
         QCOMPARE(boxes.shown().size(), 1);
-        QCOMPARE(boxes.shown()[0].title, QStringLiteral("mnuTVContextISD_Click Error"));
+        QCOMPARE(boxes.shown()[0].title, "mnuTVContextISD_Click Error");
         QVERIFY(boxes.shown()[0].prompt.startsWith(QStringLiteral("Error ")));
     }
 
@@ -289,25 +276,24 @@ void tst_frmMain::fileCommandsWriteFilesAndTheRecentList() {
     {
         Program p(dir.path());
         p.main->mnuFileSaveSpecs_Click(); // a new spec goes to the program's directory
-        QVERIFY(QFile::exists(dir.filePath(QStringLiteral("Spec1.spc"))));
-        QCOMPARE(p.action(QStringLiteral("mnuFileMRU(0)"))->text(), QStringLiteral("&1 Spec1.spc"));
+        QVERIFY(QFile::exists(p.file("Spec1.spc")));
+        QCOMPARE(p.action("mnuFileMRU(0)")->text(), "&1 Spec1.spc");
 
         QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("jobs")));
-        const QString as = dir.filePath(QStringLiteral("jobs/Site.spc"));
-        dialogs.queue(as);
+        dialogs.queue(p.file("jobs/Site.spc"));
         p.main->tbrToolBar_ButtonClick(QStringLiteral("New"));
-        QCOMPARE(p.specCaption(), QStringLiteral("Spec2.spc"));
+        QCOMPARE(p.specCaption(), "Spec2.spc");
         p.main->mnuFileSaveSpecsAs_Click();
-        QCOMPARE(dialogs.shown().at(0).title, QStringLiteral("Save Specs As . . ."));
-        QCOMPARE(dialogs.shown().at(0).fileName, QStringLiteral("Spec2.spc"));
-        QCOMPARE(readAll(as),
+        QCOMPARE(dialogs.shown().at(0).title, "Save Specs As . . .");
+        QCOMPARE(dialogs.shown().at(0).fileName, "Spec2.spc");
+        QCOMPARE(readAll(p.file("jobs/Site.spc")),
                  QByteArray("[SourcePaths]\r\nSP1=<various>\r\n[ISD]\r\nSP1=False\r\n"));
-        QCOMPARE(p.specCaption(), QStringLiteral("Site.spc"));
-        QCOMPARE(p.action(QStringLiteral("mnuFileMRU(1)"))->text(), QStringLiteral("&2 Spec1.spc"));
+        QCOMPARE(p.specCaption(), "Site.spc");
+        QCOMPARE(p.action("mnuFileMRU(1)")->text(), "&2 Spec1.spc");
 
         dialogs.queueCancel(); // Cancel ends the command without a word
         p.main->mnuFileOpenSpecs_Click();
-        QCOMPARE(p.specCaption(), QStringLiteral("Site.spc"));
+        QCOMPARE(p.specCaption(), "Site.spc");
         QVERIFY(p.main->close());
     }
     QVERIFY(boxes.shown().isEmpty());
@@ -321,8 +307,8 @@ void tst_frmMain::fileCommandsWriteFilesAndTheRecentList() {
 
     Program again(dir.path());
     again.main->mnuFileMRU_Click(0);
-    QCOMPARE(again.specCaption(), QStringLiteral("Site.spc"));
-    QCOMPARE(again.objects.Spec->Path(), dir.filePath(QStringLiteral("jobs/")));
+    QCOMPARE(again.specCaption(), "Site.spc");
+    QCOMPARE(again.objects.Spec->Path(), again.file("jobs/"));
 }
 
 void tst_frmMain::closingAsksToSaveFirst_data() {
@@ -336,74 +322,79 @@ void tst_frmMain::closingAsksToSaveFirst_data() {
 
 void tst_frmMain::closingAsksToSaveFirst() {
     QFETCH(MsgAnswer, answer);
-    QTemporaryDir dir;
+    QFETCH(bool, closed);
+    QFETCH(bool, saved);
     ScriptedMsgBox boxes;
-    Program p(dir.path());
+    Program p;
     p.objects.Spec->SPs().Add(QStringLiteral("/src"));
     p.objects.Spec->setDirty(true);
     boxes.queue(answer);
-    QFETCH(bool, closed);
     QCOMPARE(p.main->close(), closed);
     QCOMPARE(boxes.shown().size(), 1);
-    QCOMPARE(boxes.shown().at(0).prompt, QStringLiteral("Save changes to Spec1.spc?"));
-    QCOMPARE(boxes.shown().at(0).title, QStringLiteral("Save Spec File?"));
-    QCOMPARE(boxes.shown().at(0).buttons, MsgButtons::YesNoCancel);
-    QCOMPARE(boxes.shown().at(0).icon, MsgIcon::Question);
-    QFETCH(bool, saved);
-    QCOMPARE(QFile::exists(dir.filePath(QStringLiteral("Spec1.spc"))), saved);
-    QCOMPARE(QFile::exists(p.optionsFile()), answer != MsgAnswer::Cancel);
-    if (answer == MsgAnswer::Cancel) {
+    const MsgBoxRequest& box = boxes.shown().at(0);
+    QCOMPARE(box.prompt, "Save changes to Spec1.spc?");
+    QCOMPARE(box.title, "Save Spec File?");
+    QVERIFY(box.buttons == MsgButtons::YesNoCancel && box.icon == MsgIcon::Question);
+    QCOMPARE(QFile::exists(p.file("Spec1.spc")), saved);
+    QCOMPARE(QFile::exists(p.file("ONDREL.OPT")), closed); // the settings go at shut-down
+    if (!closed) {
         QVERIFY(p.objects.Spec->Dirty());
         p.objects.Spec->setDirty(false);
     }
 }
 
 void tst_frmMain::stagesWithALog() {
-    QTemporaryDir dir;
-    QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("src")));
-    writeFile(dir.filePath(QStringLiteral("src/a.txt")), "a");
-    writeFile(dir.filePath(QStringLiteral("job.spc")),
-              "[SourcePaths]\r\nSP1=" + dir.filePath(QStringLiteral("src")).toUtf8() +
-                  "\r\n[ISD]\r\nSP1=False\r\n[SP1FGs]\r\nFG1=*.TXT\r\n[SP1FG1DPs]\r\nDP1=" +
-                  dir.filePath(QStringLiteral("dst")).toUtf8() + "\r\n");
     ScriptedMsgBox boxes;
     ScriptedFileDialog dialogs;
-    Program p(dir.path(), "[FSOptions]\r\nCreateLog=True\r\n");
-    dialogs.queue(dir.filePath(QStringLiteral("job.spc")));
+    Program p({}, "[FSOptions]\r\nCreateLog=True\r\n");
+    QVERIFY(QDir(p.file("")).mkpath(QStringLiteral("src")));
+    writeFile(p.file("src/a.txt"), "a");
+    writeFile(p.file("job.spc"), "[SourcePaths]\r\nSP1=" + p.file("src").toUtf8() +
+                                     "\r\n[ISD]\r\nSP1=False\r\n[SP1FGs]\r\nFG1=*.TXT\r\n"
+                                     "[SP1FG1DPs]\r\nDP1=" +
+                                     p.file("dst").toUtf8() + "\r\n");
+    dialogs.queue(p.file("job.spc"));
     p.main->mnuFileOpenSpecs_Click();
 
     dialogs.queueCancel(); // no log name, no staging
     p.main->mnuFileStageFiles_Click();
-    dialogs.queue(dir.filePath(QStringLiteral("missing/new.log")));
+    dialogs.queue(p.file("missing/new.log"));
     p.main->mnuFileStageFiles_Click();
-    QVERIFY(!QFile::exists(dir.filePath(QStringLiteral("dst/a.txt"))));
+    QVERIFY(!QFile::exists(p.file("dst/a.txt")));
     QCOMPARE(boxes.shown().size(), 1);
     QCOMPARE(boxes.shown().at(0).prompt,
-             QStringLiteral("Error 76 occurred.  Message as follows:\r\nPath not found"));
-    QCOMPARE(boxes.shown().at(0).title, QStringLiteral("Error Saving Spec File"));
+             "Error 76 occurred.  Message as follows:\r\nPath not found");
+    QCOMPARE(boxes.shown().at(0).title, "Error Saving Spec File");
     QCOMPARE(boxes.shown().at(0).icon, MsgIcon::Exclamation);
     boxes.clear();
 
-    const QString log = dir.filePath(QStringLiteral("new.log"));
-    dialogs.queue(log);
+    dialogs.queue(p.file("new.log"));
     whenModal<frmStageInfo>([](frmStageInfo* info) { info->accept(); });
     p.main->mnuFileStageFiles_Click();
     const FileDialogRequest& asked = dialogs.shown().last();
-    QCOMPARE(asked.title, QStringLiteral("Specify the Staging Log Filename"));
-    QCOMPARE(asked.fileName, QStringLiteral("Staging.log"));
+    QCOMPARE(asked.title, "Specify the Staging Log Filename");
+    QCOMPARE(asked.fileName, "Staging.log");
     QCOMPARE(asked.existence, FileExistence::MayBeNew);
-    QCOMPARE(readAll(dir.filePath(QStringLiteral("dst/a.txt"))), QByteArray("a"));
-    QVERIFY(readAll(log).contains("Staging completed\r\n"));
+    QCOMPARE(readAll(p.file("dst/a.txt")), QByteArray("a"));
+    QVERIFY(readAll(p.file("new.log")).contains("Staging completed\r\n"));
     QVERIFY(boxes.shown().isEmpty());
 }
 
-void tst_frmMain::splitterDragStaysInBounds() {
-    QTemporaryDir dir;
-    Program p(dir.path());
-    auto* splitter = p.find<QWidget>(QStringLiteral("imgSplitter"));
+void tst_frmMain::defaultLayoutAndSplitterDrag() {
+    Program p;
+    // The default size shows every tool-bar button and the whole of each option's label.
+    QCOMPARE(p.main->size(), QSize(p.main->scale().toPixels(7005), p.main->scale().toPixels(5505)));
+    QVERIFY(p.find("What'sThis")->isVisible());
+    QVERIFY(!p.find("tbrToolBar")->findChild<QWidget*>("qt_toolbar_ext_button")->isVisible());
+    auto* list = p.find<QTreeWidget>("lvwSPProps");
+    const int longest = static_cast<QAbstractItemView*>(list)->sizeHintForColumn(0);
+    QVERIFY2(list->columnWidth(0) >= longest, qPrintable(QString::number(longest)));
+    QVERIFY(list->columnWidth(0) + list->columnWidth(1) <= list->viewport()->width());
+
+    auto* splitter = p.find("imgSplitter");
     QCOMPARE(p.main->splitterLeft(), 3390.0); // the default 3400, on the grid
     QTest::mousePress(splitter, Qt::LeftButton, {}, QPoint(2, 2));
-    QVERIFY(p.find<QWidget>(QStringLiteral("picSplitter"))->isVisible());
+    QVERIFY(p.find("picSplitter")->isVisible());
     QMouseEvent move(QEvent::MouseMove, QPointF(-400, 2), splitter->mapToGlobal(QPointF(-400, 2)),
                      Qt::NoButton, Qt::LeftButton, {});
     QApplication::sendEvent(splitter, &move);
@@ -411,7 +402,7 @@ void tst_frmMain::splitterDragStaysInBounds() {
     QTest::mouseRelease(splitter, Qt::LeftButton, {}, QPoint(-400, 2));
     QCOMPARE(p.main->splitterLeft(), 1500.0);
     QCOMPARE(p.objects.Settings->SplitterLoc(), 1500);
-    QVERIFY(!p.find<QWidget>(QStringLiteral("picSplitter"))->isVisible());
+    QVERIFY(!p.find("picSplitter")->isVisible());
 
     // Dropped on the tree, the splitter lays the panes out there but stores nothing; a drop of
     // anything else changes nothing.
@@ -431,19 +422,6 @@ void tst_frmMain::splitterDragStaysInBounds() {
     QCOMPARE(p.objects.Settings->SplitterLoc(), 1500);
 }
 
-void tst_frmMain::defaultSizeShowsEveryButtonAndLabel() {
-    QTemporaryDir dir;
-    Program p(dir.path());
-    QCOMPARE(p.main->size(), QSize(p.main->scale().toPixels(7005), p.main->scale().toPixels(5505)));
-    auto* bar = p.find<QToolBar>(QStringLiteral("tbrToolBar"));
-    QVERIFY(p.find<QToolButton>(QStringLiteral("What'sThis"))->isVisible());
-    QVERIFY(!bar->findChild<QWidget*>(QStringLiteral("qt_toolbar_ext_button"))->isVisible());
-    auto* list = p.find<QTreeWidget>(QStringLiteral("lvwSPProps"));
-    const int longest = static_cast<QAbstractItemView*>(list)->sizeHintForColumn(0);
-    QVERIFY2(list->columnWidth(0) >= longest, qPrintable(QString::number(longest)));
-    QVERIFY(list->columnWidth(0) + list->columnWidth(1) <= list->viewport()->width());
-}
-
 void tst_frmMain::badOptionsFileEndsWithAReport() {
     QTemporaryDir dir;
     const QByteArray bad = "[FSOptions]\r\nTop=abc\r\n";
@@ -455,32 +433,24 @@ void tst_frmMain::badOptionsFileEndsWithAReport() {
     QCOMPARE(readAll(dir.filePath(QStringLiteral("ONDREL.OPT"))), bad);
 }
 
-void tst_frmMain::everyMenuEntryHasAnAccessKey() {
-    QTemporaryDir dir;
-    Program p(dir.path());
+void tst_frmMain::menuAccessKeysAndHelpTopics() {
+    Program p;
     for (QAction* a : p.main->findChildren<QAction*>()) {
         if (a->objectName().startsWith(QLatin1String("mnu")) && !a->isSeparator())
             QVERIFY2(a->text().contains(u'&'), qPrintable(a->objectName()));
     }
-}
-
-void tst_frmMain::helpMenuOpensItsTopics() {
-    QTemporaryDir dir;
-    Program p(dir.path());
     ScriptedHelp help;
     for (const char* item : {"mnuHelpContents", "mnuHelpSearch", "mnuHelpMainScreen"})
-        p.action(QString::fromLatin1(item))->trigger();
+        p.action(item)->trigger();
     const QList<HelpRequest> expected = {
         {0, HelpCommand::Contents}, {0, HelpCommand::PartialKey}, {5, HelpCommand::Context}};
     QVERIFY(help.requests() == expected);
 }
 
 void tst_frmMain::iconsNeedNoIconTheme() {
-    QTemporaryDir dir;
-    Program p(dir.path());
-    p.openWorkedExample();
+    Program p;
     QList<std::pair<QString, QIcon>> icons;
-    for (QAction* a : p.find<QToolBar>(QStringLiteral("tbrToolBar"))->actions()) {
+    for (QAction* a : p.find("tbrToolBar")->actions()) {
         if (!a->isSeparator())
             icons.append({a->data().toString(), a->icon()});
     }
@@ -499,15 +469,6 @@ void tst_frmMain::iconsNeedNoIconTheme() {
             QByteArray(reinterpret_cast<const char*>(small.constBits()), small.sizeInBytes()));
     }
     QCOMPARE(looks.size(), icons.size());
-
-    // Source path, file group, destination path: each level of the tree shows its own image.
-    const QTreeWidgetItem* node = p.tree()->topLevelItem(0);
-    for (int image :
-         {SpecTreeImage::SourcePath, SpecTreeImage::FileGroup, SpecTreeImage::DestPath}) {
-        QVERIFY2(drawn(node->icon(0), 16) == drawn(treeImage(image), 16),
-                 qPrintable(node->text(0)));
-        node = node->child(0);
-    }
 }
 
 QTEST_MAIN(tst_frmMain)
