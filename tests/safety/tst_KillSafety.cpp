@@ -76,53 +76,29 @@ class tst_KillSafety : public QObject {
     }
 
     // Every file of dest is absent (when it had no old content), old or whole; anything else
-    // there is one of our temporaries.
-    void checkDestination(const QByteArray& dest, const QByteArray& when, bool prefilled) {
+    // there is one of our temporaries. The source of a move (movedFrom) is unchanged, or gone
+    // only when its copy is whole.
+    void checkDestination(const QByteArray& dest, const QByteArray& when,
+                          const QByteArray& movedFrom) {
         for (auto it = m_new.cbegin(); it != m_new.cend(); ++it) {
             const auto content = readBytes(at(dest + '/' + it.key()));
             const QByteArray what = when + ": " + dest + '/' + it.key();
             if (!content)
-                QVERIFY2(!prefilled || !m_old.contains(it.key()),
+                QVERIFY2(!movedFrom.isEmpty() || !m_old.contains(it.key()),
                          qPrintable(what + " old file is gone"));
             else
                 QVERIFY2(*content == it.value() || *content == m_old.value(it.key(), "\1"),
                          qPrintable(what + " half written, " + QByteArray::number(content->size()) +
                                     " bytes"));
+            if (movedFrom.isEmpty())
+                continue;
+            const auto source = readBytes(at(movedFrom + '/' + it.key()));
+            QVERIFY2(!source || *source == it.value(), qPrintable(what + ": source changed"));
+            QVERIFY2(source || content == it.value(), qPrintable(what + ": source gone first"));
         }
         for (const QByteArray& path : filesBelow(at(dest)))
             QVERIFY2(m_new.contains(path) || isTemporary(path),
                      qPrintable(when + ": stray file " + dest + '/' + path));
-    }
-
-    void checkComplete(const QByteArray& dest) {
-        for (auto it = m_new.cbegin(); it != m_new.cend(); ++it)
-            QVERIFY2(readBytes(at(dest + '/' + it.key())) == it.value(),
-                     qPrintable(dest + '/' + it.key()));
-        QCOMPARE(filesBelow(at(dest)), m_new.keys());
-    }
-
-    // Starts the stager and kills it after delayUs; true when it was killed before it ended.
-    bool runKilledAfter(const QByteArray& job, qint64 delayUs) {
-        QProcess process;
-        process.start(QStringLiteral(ONDREL_STAGE), args(job));
-        process.closeWriteChannel();
-        if (!process.waitForStarted())
-            qFatal("cannot start the stager");
-        QThread::usleep(quint64(delayUs));
-        process.kill();
-        process.waitForFinished();
-        return process.exitStatus() == QProcess::CrashExit;
-    }
-
-    // The time from start to end of an uninterrupted run, in microseconds.
-    qint64 timedRun(const QByteArray& job) {
-        QElapsedTimer timer;
-        timer.start();
-        const Outcome r = stage(args(job));
-        const qint64 us = timer.nsecsElapsed() / 1000;
-        if (!r.finished || r.code != 0)
-            qFatal("an uninterrupted run failed: %s", r.err.constData());
-        return us;
     }
 
 private Q_SLOTS:
@@ -134,106 +110,88 @@ private Q_SLOTS:
         for (qsizetype i = 0; i < kFiles.size(); ++i) {
             // Each file starts elsewhere in the block, so that no two files are alike.
             const QByteArray turned = block.mid(i * 4099) + block.left(i * 4099);
-            QByteArray content;
-            content.reserve(kFiles[i].second + MiB);
-            while (content.size() < kFiles[i].second)
-                content += turned;
-            content.truncate(kFiles[i].second);
-            m_new.insert(kFiles[i].first, content);
+            const auto& [path, size] = kFiles[i];
+            m_new.insert(path, turned.repeated(size / MiB + 1).left(size));
         }
         for (const auto& [path, size] : kOld)
             m_old.insert(path, ("OLD " + path).leftJustified(size, 'o', true));
-        writeSources("src");
     }
 
-    // With workers, files are written ahead of the run: killed, it leaves nothing more.
-    void copyKilledAtRandom_data() {
+    // A copy over old destinations (with workers, files are written ahead of the run: killed,
+    // it leaves nothing more), and a move to two destinations, where a source may be gone only
+    // when both its copies are whole. Each kill comes at a random moment of a full run's time.
+    void killedAtRandom_data() {
         QTest::addColumn<QString>("jobs");
-        QTest::newRow("one thread") << "1";
-        QTest::newRow("four threads") << "4";
+        QTest::addColumn<bool>("move");
+        QTest::newRow("copy, one thread") << "1" << false;
+        QTest::newRow("copy, four threads") << "4" << false;
+        // A move copies one file at a time whatever it says, and syncs its destinations before
+        // it deletes: without the 64 MiB file (copied above) the trials stay quick.
+        QTest::newRow("move to two destinations") << "4" << true;
     }
 
-    void copyKilledAtRandom() {
+    void killedAtRandom() {
         QFETCH(QString, jobs);
+        QFETCH(bool, move);
         m_jobs = jobs;
-        const QByteArray dst = "dst" + jobs.toUtf8();
-        writeJob("copy", "src", {dst},
-                 {{"Overwrite", "2"}, {"CreateDirs", "True"}, {"ShowErrMsgs", "True"}});
-        writeJob("full", "src", {"timing" + jobs.toUtf8()},
-                 {{"Overwrite", "2"}, {"CreateDirs", "True"}});
-        const qint64 fullUs = timedRun("full");
+        if (move)
+            m_new.remove("big.bin");
+        const QByteArray tag = (move ? "move" : "copy") + jobs.toUtf8();
+        const QByteArray src = move ? "msrc" : "src";
+        const QList<QByteArray> dests =
+            move ? QList<QByteArray>{"m1", "m2"} : QList<QByteArray>{"dst" + jobs.toUtf8()};
+        const Options options = {{"Overwrite", "2"},
+                                 {"CreateDirs", "True"},
+                                 {move ? "DelSource" : "ShowErrMsgs", "True"}};
+        writeJob(tag, src, dests, options);
+        writeJob("timing" + tag, src, {"timing" + tag}, options);
+        writeSources(src);
+        QElapsedTimer timer;
+        timer.start();
+        const Outcome full = stage(args("timing" + tag));
+        const qint64 fullUs = timer.nsecsElapsed() / 1000;
+        QVERIFY2(full.finished && full.code == 0, full.err.constData());
 
-        QRandomGenerator delays(kFixedStart);
+        QRandomGenerator delays(kFixedStart + move);
+        const int trials = move ? 5 : 50;
         int killed = 0;
-        for (int trial = 0; trial < 50; ++trial) {
-            for (auto it = m_old.cbegin(); it != m_old.cend(); ++it)
-                QVERIFY(writeBytes(at(dst + '/' + it.key()), it.value()));
+        for (int trial = 0; trial < trials; ++trial) {
+            if (move)
+                writeSources(src);
+            else
+                for (auto it = m_old.cbegin(); it != m_old.cend(); ++it)
+                    QVERIFY(writeBytes(at(dests[0] + '/' + it.key()), it.value()));
             const qint64 delayUs = qint64(delays.bounded(quint64(fullUs) + 1));
-            killed += runKilledAfter("copy", delayUs);
-            checkDestination(dst,
-                             "trial " + QByteArray::number(trial) + " killed after " +
-                                 QByteArray::number(delayUs) + " us",
-                             true);
-            if (QTest::currentTestFailed())
-                return;
-        }
-        qInfo("%d of 50 runs killed before their end (a full run: %lld ms)", killed, fullUs / 1000);
-
-        const Outcome last = stage(args("copy"));
-        QVERIFY(last.finished);
-        QCOMPARE(last.code, 0);
-        checkComplete(dst);
-        if (QTest::currentTestFailed())
-            return;
-        QCOMPARE(temporariesBelow(at(dst)), QList<QByteArray>());
-    }
-
-    // A move to two destinations: a source may be gone only when both its copies are whole.
-    void moveKilledAtRandom() {
-        // A move syncs its destinations before it deletes; without the 64 MiB file (copied
-        // above) the trials stay quick.
-        m_new.remove("big.bin");
-        m_jobs = "4"; // a move copies one file at a time whatever it says
-        const Options move = {{"Overwrite", "2"}, {"CreateDirs", "True"}, {"DelSource", "True"}};
-        writeJob("timedMove", "msrc", {"mtiming"}, move);
-        writeSources("msrc");
-        const qint64 fullUs = timedRun("timedMove");
-        QCOMPARE(filesBelow(at("msrc")), QList<QByteArray>());
-
-        writeJob("move", "msrc", {"m1", "m2"}, move);
-        QRandomGenerator delays(kFixedStart + 1);
-        for (int trial = 0; trial < 5; ++trial) {
-            writeSources("msrc");
-            const qint64 delayUs = qint64(delays.bounded(quint64(fullUs) + 1));
-            runKilledAfter("move", delayUs);
-            const QByteArray when = "move trial " + QByteArray::number(trial) + " killed after " +
+            QProcess process;
+            process.start(QStringLiteral(ONDREL_STAGE), args(tag));
+            process.closeWriteChannel();
+            QVERIFY(process.waitForStarted());
+            QThread::usleep(quint64(delayUs));
+            process.kill();
+            process.waitForFinished();
+            killed += process.exitStatus() == QProcess::CrashExit; // not ended by itself
+            const QByteArray when = "trial " + QByteArray::number(trial) + " killed after " +
                                     QByteArray::number(delayUs) + " us";
-            for (auto it = m_new.cbegin(); it != m_new.cend(); ++it) {
-                const auto source = readBytes(at("msrc/" + it.key()));
-                if (source) {
-                    QVERIFY2(*source == it.value(), qPrintable(when + ": source changed"));
-                    continue;
-                }
-                for (const QByteArray dest : {"m1/", "m2/"})
-                    QVERIFY2(readBytes(at(dest + it.key())) == it.value(),
-                             qPrintable(when + ": source " + it.key() + " gone, copy in " + dest +
-                                        " not whole"));
-            }
-            checkDestination("m1", when, false);
-            checkDestination("m2", when, false);
+            for (const QByteArray& dest : dests)
+                checkDestination(dest, when, move ? src : QByteArray());
             if (QTest::currentTestFailed())
                 return;
         }
+        qInfo("%d of %d runs killed before their end (a full run: %lld ms)", killed, trials,
+              fullUs / 1000);
 
-        const Outcome last = stage(args("move"));
+        const Outcome last = stage(args(tag));
         QVERIFY(last.finished);
         QCOMPARE(last.code, 0);
-        checkComplete("m1");
-        checkComplete("m2");
-        if (QTest::currentTestFailed())
-            return;
-        QCOMPARE(filesBelow(at("msrc")), QList<QByteArray>());
-        QCOMPARE(temporariesBelow(at("m1")) + temporariesBelow(at("m2")), QList<QByteArray>());
+        // Every file whole, and nothing else: no temporary is left.
+        for (const QByteArray& dest : dests) {
+            for (auto it = m_new.cbegin(); it != m_new.cend(); ++it)
+                QVERIFY2(readBytes(at(dest + '/' + it.key())) == it.value(),
+                         qPrintable(dest + '/' + it.key()));
+            QCOMPARE(filesBelow(at(dest)), m_new.keys());
+        }
+        if (move)
+            QCOMPARE(filesBelow(at(src)), QList<QByteArray>());
     }
 };
 

@@ -74,11 +74,12 @@ private Q_SLOTS:
 
     void moveFails_data() {
         QTest::addColumn<Fault>("fault");
-        QTest::addColumn<QByteArray>("logLine"); // %S: the failing source file
+        QTest::addColumn<QByteArray>("logLine"); // %S: failing source, %D: its drive
 
         const QByteArray denied = "***Unable to stage %S.  The file may be in use by another "
                                   "application.\r\n";
-        QTest::newRow("disk full") << Fault::DiskFull << QByteArray("***The disk in drive ");
+        QTest::newRow("disk full")
+            << Fault::DiskFull << QByteArray("***The disk in drive %D: is full.\r\n");
         QTest::newRow("destination not writable") << Fault::NotWritable << denied;
         QTest::newRow("read-only file system") << Fault::ReadOnlyFileSystem << denied;
         QTest::newRow("unreadable source") << Fault::UnreadableSource << denied;
@@ -104,16 +105,11 @@ private Q_SLOTS:
         QCOMPARE(::chmod(at("logs").constData(), 0777), 0);
 
         QStringList wrapper;
-        switch (fault) {
-        case Fault::DiskFull:
-        case Fault::ReadOnlyFileSystem:
+        if (fault == Fault::DiskFull || fault == Fault::ReadOnlyFileSystem) {
             QVERIFY(mountTmpfs(at("dst")));
-            break;
-        case Fault::NotWritable:
-        case Fault::UnreadableSource:
+        } else {
             QCOMPARE(::mkdir(at("dst").constData(), 0755), 0);
             wrapper = kAsNobody + QStringList{"env", "HOME=" + at("logs")};
-            break;
         }
         QVERIFY(writeBytes(at("dst/victim.bin"), kOld));
         if (fault == Fault::ReadOnlyFileSystem)
@@ -130,9 +126,8 @@ private Q_SLOTS:
                                 wrapper);
         QVERIFY2(r.finished, "the stager hung or crashed");
         const QByteArray log = contentOf(at("logs/run.log"));
-        QVERIFY2(log.contains(logLine.replace("%S", victim)), log.constData());
-        if (fault == Fault::DiskFull)
-            QVERIFY2(log.contains(": is full.\r\n"), log.constData());
+        QVERIFY2(log.contains(logLine.replace("%S", victim).replace("%D", at("dst"))),
+                 log.constData());
         QCOMPARE(r.code, 1);
         const QByteArray problems = r.out.mid(r.out.indexOf("during staging:\n"));
         QVERIFY2(problems.contains('\n' + victim + '\n'), r.out.constData());

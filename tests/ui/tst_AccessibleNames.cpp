@@ -35,10 +35,9 @@ namespace {
 // The source directory's name is longer than its line in the staging window, which shortens it.
 const QString kLongName = QString(120, u'n');
 
-void writeFile(const QString& path, const QByteArray& bytes) {
+void writeFile(const QString& path, const QString& text) {
     QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    f.write(bytes);
+    QVERIFY(f.open(QIODevice::WriteOnly) && f.write(text.toUtf8()) == text.toUtf8().size());
 }
 
 // The program as Sub Main starts it, with job.spc open: a source path (whose one file is
@@ -50,22 +49,20 @@ struct Program {
     std::unique_ptr<frmMain> main;
 
     Program() {
-        QVERIFY(QDir(dir.path()).mkpath(kLongName) &&
-                QDir(dir.path()).mkpath(QStringLiteral("dst")));
-        writeFile(source + QStringLiteral("/a.txt"), "new");
-        writeFile(dir.filePath(QStringLiteral("dst/a.txt")), "old");
-        writeFile(dir.filePath(QStringLiteral("job.spc")),
-                  "[SourcePaths]\r\nSP1=" + source.toUtf8() +
-                      "\r\nSP2=<various>\r\n[SP1FGs]\r\nFG1=*.txt\r\n[SP1FG1DPs]\r\nDP1=" +
-                      dir.filePath(QStringLiteral("dst")).toUtf8() +
-                      "\r\n[SP2FGs]\r\nFG1=*.*\r\n[SP2FG1DPs]\r\nDP1=" +
-                      dir.filePath(QStringLiteral("dst")).toUtf8() + "\r\n");
-        writeFile(dir.filePath(QStringLiteral("ONDREL.OPT")), "[FSOptions]\r\nOverwrite=1\r\n");
+        QVERIFY(QDir(dir.path()).mkpath(kLongName) && QDir(dir.path()).mkpath("dst"));
+        writeFile(source + "/a.txt", "new");
+        writeFile(dir.filePath("dst/a.txt"), "old");
+        writeFile(
+            dir.filePath("job.spc"),
+            QString("[SourcePaths]\r\nSP1=%1\r\nSP2=<various>\r\n[SP1FGs]\r\nFG1=*.txt\r\n"
+                    "[SP1FG1DPs]\r\nDP1=%2\r\n[SP2FGs]\r\nFG1=*.*\r\n[SP2FG1DPs]\r\nDP1=%2\r\n")
+                .arg(source, dir.filePath("dst")));
+        writeFile(dir.filePath("ONDREL.OPT"), "[FSOptions]\r\nOverwrite=1\r\n");
         main = createProgramObjects(objects, FixedScreen(9600, 7200));
         objects.Settings->ReadOPTFile();
         main->Show();
         ScriptedFileDialog dialogs;
-        dialogs.queue(dir.filePath(QStringLiteral("job.spc")));
+        dialogs.queue(dir.filePath("job.spc"));
         main->mnuFileOpenSpecs_Click();
     }
 };
@@ -86,12 +83,10 @@ template <typename T> Opener byMenu(const char* action) {
 }
 
 QString caption(const QWidget* w) {
-    const QWidget* window = w->window();
-    for (const QLabel* label : window->findChildren<QLabel*>()) {
+    for (const QLabel* label : w->window()->findChildren<QLabel*>())
         if (label->buddy() == w)
             return QString(label->text()).remove(u'&');
-    }
-    return QStringLiteral("(no caption)");
+    return "(no caption)";
 }
 
 // What a screen reader would miss in the window's accessible tree.
@@ -104,23 +99,48 @@ QStringList faultsIn(QWidget* window) {
         // A button is a control even where the keyboard does not stop (the tool bar's).
         const bool control = a->state().focusable || qobject_cast<QAbstractButton*>(w);
         if (w != nullptr && control && name.isEmpty())
-            faults << QStringLiteral("no name: ") + what;
+            faults << "no name: " + what;
         if (auto* box = qobject_cast<QComboBox*>(w)) {
             if (name != caption(box))
-                faults << QStringLiteral("not named by its caption: ") + what + u' ' + name;
+                faults << "not named by its caption: " + what + u' ' + name;
             if (a->text(QAccessible::Value) != box->currentText())
-                faults << QStringLiteral("value is not its entry: ") + what;
+                faults << "value is not its entry: " + what;
         }
         // The entries of lists and tables are their rows, named by their texts.
-        if (a->tableInterface() != nullptr)
-            return;
-        for (int i = 0; i < a->childCount(); ++i) {
+        for (int i = 0; a->tableInterface() == nullptr && i < a->childCount(); ++i)
             if (QAccessibleInterface* child = a->child(i))
                 visit(child);
-        }
     };
     visit(QAccessible::queryAccessibleInterface(window));
     return faults;
+}
+
+const Opener showMain = [](Program& p, const Look& look) { look(p.main.get()); };
+
+// Looked at while the run asks whether to overwrite: the lines show where it is.
+void stageFiles(Program& p, const Look& look) {
+    ScopedMsgBoxHandler answers([&](const MsgBoxRequest& box) {
+        if (auto* stage = qobject_cast<frmStage*>(QApplication::activeModalWidget()))
+            look(stage);
+        return box.buttons == MsgButtons::YesNoCancel ? MsgAnswer::No : MsgAnswer::OK;
+    });
+    whenModal<frmStageInfo>([](frmStageInfo* summary) { summary->accept(); });
+    p.main->mnuFileStageFiles_Click();
+}
+
+void showSummary(Program&, const Look& look) {
+    frmStageInfo summary("Staging Complete!", "# of Files Copied:\t1");
+    summary.show();
+    look(&summary);
+}
+
+void showHelp(Program&, const Look& look) {
+    QTemporaryDir cache;
+    const Result<QString> collection = HelpCache::prepare(cache.path());
+    QVERIFY(collection.ok());
+    HelpViewer viewer(*collection);
+    viewer.showRequest({0, HelpCommand::Contents});
+    look(&viewer);
 }
 
 } // namespace
@@ -131,55 +151,26 @@ class tst_AccessibleNames : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() {
-        QStandardPaths::setTestModeEnabled(true);
-        QVERIFY(m_helpCache.isValid());
-        const Result<QString> collection = HelpCache::prepare(m_helpCache.path());
-        QVERIFY(collection.ok());
-        m_helpCollection = *collection;
-    }
+    void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
 
     // A row names a window, and a control whose name it checks (empty: the label's own text).
     void everyWindowNamesWhatItShows_data() {
         QTest::addColumn<Opener>("open");
         QTest::addColumn<QString>("control");
         QTest::addColumn<QString>("name");
-
-        QTest::newRow("main window")
-            << Opener([](Program& p, const Look& look) { look(p.main.get()); }) << "lblSpecInfo(0)"
-            << "job.spc";
-        QTest::newRow("spec editor") << byMenu<frmCESpecs>("mnuEditSpecs") << "cboSPs"
-                                     << "Source Path:";
-        QTest::newRow("options") << byMenu<frmFSOptions>("mnuEditFSOptionsStaging") << "drvDefPath"
-                                 << "Drive:";
-        QTest::newRow("file selection")
-            << byMenu<frmVarFileSelect>("mnuEditVarFileSelect") << "lblFileCount"
-            << "";
-        // Looked at while the run asks whether to overwrite: the lines show where it is.
-        QTest::newRow("staging window") << Opener([](Program& p, const Look& look) {
-            ScopedMsgBoxHandler answers([&](const MsgBoxRequest& box) {
-                if (auto* stage = qobject_cast<frmStage*>(QApplication::activeModalWidget()))
-                    look(stage);
-                return box.buttons == MsgButtons::YesNoCancel ? MsgAnswer::No : MsgAnswer::OK;
-            });
-            whenModal<frmStageInfo>([](frmStageInfo* summary) { summary->accept(); });
-            p.main->mnuFileStageFiles_Click();
-        }) << "lblCurDir" << QString();
-        QTest::newRow("summary") << Opener([](Program&, const Look& look) {
-            frmStageInfo summary(QStringLiteral("Staging Complete!"),
-                                 QStringLiteral("# of Files Copied:\t1"));
-            summary.show();
-            look(&summary);
-        }) << "txtInfo"
-                                 << "Staging Complete!";
-        QTest::newRow("help viewer") << Opener([this](Program&, const Look& look) {
-            HelpViewer viewer(m_helpCollection);
-            viewer.showRequest({0, HelpCommand::Contents});
-            look(&viewer);
-        }) << ""
-                                     << "";
-        QTest::newRow("about") << byMenu<frmAbout>("mnuHelpAbout") << ""
-                               << "";
+        const auto row = [](const char* tag, const Opener& open, const QString& control = {},
+                            const QString& name = {}) {
+            QTest::newRow(tag) << open << control << name;
+        };
+        row("main window", showMain, "lblSpecInfo(0)", "job.spc");
+        row("spec editor", byMenu<frmCESpecs>("mnuEditSpecs"), "cboSPs", "Source Path:");
+        row("options", byMenu<frmFSOptions>("mnuEditFSOptionsStaging"), "drvDefPath", "Drive:");
+        row("file selection", byMenu<frmVarFileSelect>("mnuEditVarFileSelect"), "lblFileCount");
+        // Shortened on screen, whole for the screen reader: the source path.
+        row("staging window", stageFiles, "lblCurDir", "%source");
+        row("summary", showSummary, "txtInfo", "Staging Complete!");
+        row("help viewer", showHelp);
+        row("about", byMenu<frmAbout>("mnuHelpAbout"));
     }
 
     void everyWindowNamesWhatItShows() {
@@ -189,12 +180,9 @@ private Q_SLOTS:
 
         Program p;
         ScriptedMsgBox boxes;
-        bool looked = false;
-        QStringList faults;
-        QString controlName;
-        QString shown;
+        QStringList faults{"the window was never looked at"};
+        QString controlName, shown;
         open(p, [&](QWidget* window) {
-            looked = true;
             faults = faultsIn(window);
             if (control.isEmpty())
                 return;
@@ -204,21 +192,14 @@ private Q_SLOTS:
             if (auto* label = qobject_cast<QLabel*>(w))
                 shown = label->text();
         });
-        QVERIFY(looked);
         QVERIFY2(faults.isEmpty(), qPrintable(faults.join(u'\n')));
-        if (control == QLatin1String("lblCurDir")) {
-            // Shortened on screen, whole for the screen reader.
+        if (name == "%source") {
             QVERIFY(shown.size() < p.source.size());
             name = p.source;
         }
-        if (!control.isEmpty())
-            QCOMPARE(controlName, name.isEmpty() ? shown : name);
+        QCOMPARE(controlName, name.isEmpty() ? shown : name);
         QVERIFY(!controlName.isEmpty() || control.isEmpty());
     }
-
-private:
-    QTemporaryDir m_helpCache;
-    QString m_helpCollection;
 };
 
 QTEST_MAIN(tst_AccessibleNames)

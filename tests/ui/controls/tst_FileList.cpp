@@ -60,33 +60,29 @@ private Q_SLOTS:
     // QTemporaryDir cannot see the name that is not UTF-8, so cannot remove it.
     void cleanupTestCase() { ::unlink(at("caf\xe9.txt").constData()); }
 
-    // Which files a pattern and the five filters list, in list-box order.
+    // Which files a pattern and the five filters list, in list-box order (names as shown).
     void listsWhatMatches_data() {
+        using F = FileFilter;
         QTest::addColumn<QString>("pattern");
-        QTest::addColumn<QList<FileFilter>>("cleared");
-        QTest::addColumn<QStringList>("expected");
-        const QStringList all = {".profile",  "caf\\xE9.txt", "due.txt", "noext",
-                                 "plain.txt", "ro.DOC",       "sys.dat"};
-        QTest::newRow("everything") << "*.*" << QList<FileFilter>{} << all;
+        QTest::addColumn<QList<F>>("cleared");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("everything")
+            << "*.*" << QList<F>{}
+            << ".profile caf\\xE9.txt due.txt noext plain.txt ro.DOC sys.dat";
         QTest::newRow("masks, any case")
-            << "*.TXT; *.doc" << QList<FileFilter>{}
-            << QStringList{"caf\\xE9.txt", "due.txt", "plain.txt", "ro.DOC"};
-        QTest::newRow("no hidden")
-            << "*.*" << QList<FileFilter>{FileFilter::Hidden}
-            << QStringList{"caf\\xE9.txt", "due.txt", "noext", "plain.txt", "ro.DOC", "sys.dat"};
-        QTest::newRow("no read-only, no system")
-            << "*.*" << QList<FileFilter>{FileFilter::ReadOnly, FileFilter::System}
-            << QStringList{".profile", "caf\\xE9.txt", "due.txt", "noext", "plain.txt"};
-        QTest::newRow("no archive") << "*.*" << QList<FileFilter>{FileFilter::Archive}
-                                    << QStringList{"plain.txt", "ro.DOC"};
+            << "*.TXT; *.doc" << QList<F>{} << "caf\\xE9.txt due.txt plain.txt ro.DOC";
+        QTest::newRow("no hidden") << "*.*" << QList<F>{F::Hidden}
+                                   << "caf\\xE9.txt due.txt noext plain.txt ro.DOC sys.dat";
+        QTest::newRow("no read-only, no system") << "*.*" << QList<F>{F::ReadOnly, F::System}
+                                                 << ".profile caf\\xE9.txt due.txt noext plain.txt";
+        QTest::newRow("no archive") << "*.*" << QList<F>{F::Archive} << "plain.txt ro.DOC";
         QTest::newRow("no normal")
-            << "*.*" << QList<FileFilter>{FileFilter::Normal}
-            << QStringList{".profile", "caf\\xE9.txt", "due.txt", "noext", "ro.DOC", "sys.dat"};
+            << "*.*" << QList<F>{F::Normal} << ".profile caf\\xE9.txt due.txt noext ro.DOC sys.dat";
     }
     void listsWhatMatches() {
         QFETCH(QString, pattern);
         QFETCH(QList<FileFilter>, cleared);
-        QFETCH(QStringList, expected);
+        QFETCH(QString, expected);
         if (!m_storedAttributes && !cleared.isEmpty())
             QSKIP("no user extended attributes where QTemporaryDir puts its files");
         FileList list;
@@ -94,14 +90,18 @@ private Q_SLOTS:
         QVERIFY(list.setPattern(pattern).ok());
         for (FileFilter which : cleared)
             list.setFilter(which, false);
-        QCOMPARE(shown(list), expected);
+        QCOMPARE(shown(list).join(QLatin1Char(' ')), expected);
     }
 
-    // A name that is not valid UTF-8 is shown escaped and its path kept byte for byte.
-    void keepsNamesByteForByte() {
+    // A trailing separator is dropped and the list opens on everything; a missing directory is
+    // error 76 and leaves it as it was. A name that is not valid UTF-8 keeps its bytes.
+    void setPath() {
         FileList list;
         QVERIFY(list.setPath(m_root + '/').ok());
+        const Result<void> set = list.setPath(at("gone"));
+        QCOMPARE(set.ok() ? 0 : set.error().number(), 76);
         QCOMPARE(list.nativePath(), m_root);
+        QCOMPARE(list.count(), 7);
         QVERIFY(list.setPattern(QStringLiteral("caf*")).ok());
         QCOMPARE(list.count(), 1);
         QCOMPARE(list.filePath(0), at("caf\xe9.txt"));
@@ -120,20 +120,10 @@ private Q_SLOTS:
         const int before = list.count();
         QSignalSpy changed(&list, &FileList::patternChanged);
         const Result<void> set = list.setPattern(pattern);
-        QVERIFY(!set.ok());
-        QCOMPARE(set.error().number(), 5);
+        QCOMPARE(set.ok() ? 0 : set.error().number(), 5);
         QCOMPARE(list.Pattern(), QStringLiteral("*.txt"));
         QCOMPARE(list.count(), before);
         QCOMPARE(changed.count(), 0);
-    }
-
-    void missingDirectoryLeavesTheList() {
-        FileList list;
-        QVERIFY(list.setPath(m_root).ok());
-        const Result<void> set = list.setPath(at("gone"));
-        QCOMPARE(set.ok() ? 0 : set.error().number(), 76);
-        QCOMPARE(list.nativePath(), m_root);
-        QCOMPARE(list.count(), 7);
     }
 
     // A file copied in or deleted while the list is shown appears or goes by itself; the files
@@ -142,12 +132,7 @@ private Q_SLOTS:
         FileList list;
         QVERIFY(list.setPath(m_root).ok());
         QSignalSpy changed(&list, &FileList::listChanged);
-        const auto rowOf = [&](const QByteArray& name) {
-            for (int row = 0; row < list.count(); ++row)
-                if (list.fileName(row) == name)
-                    return row;
-            return -1;
-        };
+        const auto rowOf = [&](const char* name) { return int(shown(list).indexOf(name)); };
         list.selectionModel()->select(list.model()->index(rowOf("plain.txt"), 0),
                                       QItemSelectionModel::Select);
         make("arrived.txt");

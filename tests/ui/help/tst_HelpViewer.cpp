@@ -17,24 +17,20 @@
 #include <memory>
 
 using namespace ondrel;
+using Tab = HelpViewer::Tab;
 
 Q_DECLARE_METATYPE(ondrel::HelpCommand)
 Q_DECLARE_METATYPE(ondrel::HelpViewer::Tab)
 
-namespace {
-
-QString pageOf(const QUrl& url) {
-    return url.fileName();
-}
-
-QTextBrowser* browserOf(HelpViewer* viewer) {
-    return viewer->findChild<QTextBrowser*>(QStringLiteral("txtHelpTopic"));
-}
-
-} // namespace
-
 class tst_HelpViewer : public QObject {
     Q_OBJECT
+
+    QString page() const { return m_viewer->currentPage().fileName(); }
+    QTextBrowser* browser() const { return m_viewer->findChild<QTextBrowser*>("txtHelpTopic"); }
+    static QByteArray bytesOf(const QString& path) {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
 
 private Q_SLOTS:
     void initTestCase() {
@@ -54,38 +50,38 @@ private Q_SLOTS:
         QTest::addColumn<int>("context");
         QTest::addColumn<HelpCommand>("command");
         QTest::addColumn<QString>("page");
-        QTest::addColumn<QString>("title");
-        QTest::addColumn<HelpViewer::Tab>("tab");
-        QTest::newRow("contents") << 0 << HelpCommand::Contents << "index.html"
-                                  << "File Ondrel Help" << HelpViewer::Tab::Contents;
-        QTest::newRow("keyword search") << 0 << HelpCommand::PartialKey << "index.html"
-                                        << "File Ondrel Help" << HelpViewer::Tab::Index;
-        QTest::newRow("main screen") << 5 << HelpCommand::Context << "mainscreen.html"
-                                     << "The main screen" << HelpViewer::Tab::Contents;
-        QTest::newRow("contents asked with a context")
-            << 5 << HelpCommand::Contents << "index.html"
-            << "File Ondrel Help" << HelpViewer::Tab::Contents;
-        QTest::newRow("context without a topic") << 99 << HelpCommand::Context << "index.html"
-                                                 << "File Ondrel Help" << HelpViewer::Tab::Contents;
+        QTest::addColumn<Tab>("tab");
+        using enum HelpCommand;
+        QTest::newRow("contents") << 0 << Contents << "index.html" << Tab::Contents;
+        QTest::newRow("keyword search") << 0 << PartialKey << "index.html" << Tab::Index;
+        QTest::newRow("main screen") << 5 << Context << "mainscreen.html" << Tab::Contents;
+        QTest::newRow("contents with a context") << 5 << Contents << "index.html" << Tab::Contents;
+        QTest::newRow("context without a topic") << 99 << Context << "index.html" << Tab::Contents;
     }
     void requestShowsPageAndTab() {
         QFETCH(int, context);
         QFETCH(HelpCommand, command);
         QFETCH(QString, page);
-        QFETCH(QString, title);
-        QFETCH(HelpViewer::Tab, tab);
+        QFETCH(Tab, tab);
 
         m_viewer->showRequest({context, command});
         QVERIFY(m_viewer->isVisible());
-        QCOMPARE(m_viewer->windowTitle(), QStringLiteral("File Ondrel Help"));
-        QCOMPARE(pageOf(m_viewer->currentPage()), page);
+        QCOMPARE(m_viewer->windowTitle(), "File Ondrel Help");
+        QCOMPARE(this->page(), page);
         // The page was read from the help, not just named.
-        QCOMPARE(browserOf(m_viewer.get())->documentTitle(), title);
+        QCOMPARE(browser()->documentTitle(),
+                 page == "index.html" ? "File Ondrel Help" : "The main screen");
         QCOMPARE(m_viewer->currentTab(), tab);
-        QWidget* expectedFocus = tab == HelpViewer::Tab::Index
-                                     ? static_cast<QWidget*>(m_viewer->indexPane()->keywordField())
-                                     : browserOf(m_viewer.get());
-        QCOMPARE(m_viewer->focusWidget(), expectedFocus);
+        QCOMPARE(m_viewer->focusWidget(), tab == Tab::Index ? m_viewer->indexPane()->keywordField()
+                                                            : static_cast<QWidget*>(browser()));
+        if (tab == Tab::Index) {
+            // A word typed in the index field and Enter open the topic of that word.
+            QTRY_VERIFY(m_viewer->indexPane()->keywordList()->model()->rowCount() > 0);
+            QTest::keyClicks(m_viewer->focusWidget(), "splitt");
+            QTest::keyClick(m_viewer->focusWidget(), Qt::Key_Return);
+            QCOMPARE(m_viewer->currentPage().toString(QUrl::RemoveScheme | QUrl::RemoveAuthority),
+                     "/doc/mainscreen.html#splitter");
+        }
     }
 
     // The full-text search finds the topics that hold the word typed, and opens the chosen one at
@@ -110,90 +106,72 @@ private Q_SLOTS:
         QVERIFY(finished.wait(10000) || finished.count() == 1);
 
         QStringList found;
-        for (int i = 0; i < pane->resultList()->count(); ++i)
-            found.append(pane->resultList()->item(i)->text());
+        for (const QListWidgetItem* item : pane->resultList()->findItems("*", Qt::MatchWildcard))
+            found.append(item->text());
         found.sort();
         QCOMPARE(found, titles);
         if (titles.size() == 1) {
             Q_EMIT pane->resultList()->itemActivated(pane->resultList()->item(0));
-            QCOMPARE(pageOf(m_viewer->currentPage()), QStringLiteral("mainscreen.html"));
+            QCOMPARE(page(), "mainscreen.html");
             // The topic opens at the word found.
-            QCOMPARE(browserOf(m_viewer.get())->textCursor().selectedText().toLower(), words);
+            QCOMPARE(browser()->textCursor().selectedText().toLower(), words);
         }
-    }
-
-    // A word typed in the index field and Enter open the topic of that word.
-    void indexWordOpensTopic() {
-        m_viewer->showRequest({0, HelpCommand::PartialKey});
-        QHelpIndexWidget* list = m_viewer->indexPane()->keywordList();
-        QTRY_VERIFY(list->model()->rowCount() > 0);
-        QTest::keyClicks(m_viewer->indexPane()->keywordField(), QStringLiteral("splitt"));
-        QTest::keyClick(m_viewer->indexPane()->keywordField(), Qt::Key_Return);
-        QCOMPARE(m_viewer->currentPage().toString(QUrl::RemoveScheme | QUrl::RemoveAuthority),
-                 QStringLiteral("/doc/mainscreen.html#splitter"));
     }
 
     // A keyboard user follows a link with Tab and Enter, goes back and forward with Alt+arrows
     // wherever the focus is, and closes the window with Escape or Ctrl+W.
     void keyboardFollowsLinksAndCloses_data() {
-        QTest::addColumn<int>("closeKey");
-        QTest::addColumn<Qt::KeyboardModifiers>("closeModifiers");
-        QTest::newRow("Escape") << int(Qt::Key_Escape) << Qt::KeyboardModifiers();
-        QTest::newRow("Ctrl+W") << int(Qt::Key_W) << Qt::KeyboardModifiers(Qt::ControlModifier);
+        QTest::addColumn<QKeyCombination>("close");
+        QTest::newRow("Escape") << QKeyCombination(Qt::Key_Escape);
+        QTest::newRow("Ctrl+W") << QKeyCombination(Qt::ControlModifier, Qt::Key_W);
     }
     void keyboardFollowsLinksAndCloses() {
-        QFETCH(int, closeKey);
-        QFETCH(Qt::KeyboardModifiers, closeModifiers);
+        QFETCH(QKeyCombination, close);
 
         m_viewer->showRequest({0, HelpCommand::Contents});
         QVERIFY(QTest::qWaitForWindowActive(m_viewer.get()));
-        QTextBrowser* browser = browserOf(m_viewer.get());
-        QTest::keyClick(browser, Qt::Key_Tab);
-        QTest::keyClick(browser, Qt::Key_Return);
-        QCOMPARE(pageOf(m_viewer->currentPage()), QStringLiteral("mainscreen.html"));
-        QWidget* contents = m_viewer->findChild<QWidget*>(QStringLiteral("tvwHelpContents"));
+        QTest::keyClick(browser(), Qt::Key_Tab);
+        QTest::keyClick(browser(), Qt::Key_Return);
+        QCOMPARE(page(), "mainscreen.html");
+        QWidget* contents = m_viewer->findChild<QWidget*>("tvwHelpContents");
         contents->setFocus();
         QTest::keyClick(contents, Qt::Key_Left, Qt::AltModifier);
-        QCOMPARE(pageOf(m_viewer->currentPage()), QStringLiteral("index.html"));
+        QCOMPARE(page(), "index.html");
         QTest::keyClick(contents, Qt::Key_Right, Qt::AltModifier);
-        QCOMPARE(pageOf(m_viewer->currentPage()), QStringLiteral("mainscreen.html"));
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key(closeKey), closeModifiers);
+        QCOMPARE(page(), "mainscreen.html");
+        QTest::keyClick(QApplication::focusWidget(), close.key(), close.keyboardModifiers());
         QVERIFY(!m_viewer->isVisible());
     }
 
-    // Tab reaches every control of each tab, and each control it reaches tells a screen reader
-    // what it is.
-    void tabReachesNamedControls_data() {
-        QTest::addColumn<HelpViewer::Tab>("tab");
+    // Tab reaches every control of each tab (what a screen reader hears of them is checked with
+    // the other windows', in tst_AccessibleNames).
+    void tabReachesEveryControl_data() {
+        QTest::addColumn<Tab>("tab");
         QTest::addColumn<QStringList>("controls");
         const QStringList always{"cmdHelpBack", "cmdHelpHome", "qt_tabwidget_tabbar",
                                  "txtHelpTopic"};
-        QTest::newRow("Contents") << HelpViewer::Tab::Contents
-                                  << always + QStringList{"tvwHelpContents"};
-        QTest::newRow("Index") << HelpViewer::Tab::Index
+        QTest::newRow("Contents") << Tab::Contents << always + QStringList{"tvwHelpContents"};
+        QTest::newRow("Index") << Tab::Index
                                << always + QStringList{"txtHelpIndexKeyword", "lstHelpIndex"};
-        QTest::newRow("Search") << HelpViewer::Tab::Search
+        QTest::newRow("Search") << Tab::Search
                                 << always + QStringList{"txtHelpSearchWords", "cmdHelpSearch",
                                                         "lstHelpSearchResults"};
     }
-    void tabReachesNamedControls() {
-        QFETCH(HelpViewer::Tab, tab);
+    void tabReachesEveryControl() {
+        QFETCH(Tab, tab);
         QFETCH(QStringList, controls);
 
         m_viewer->showRequest({0, HelpCommand::Contents});
         m_viewer->showRequest({5, HelpCommand::Context}); // Back is enabled now
         m_viewer->findChild<QTabWidget*>()->setCurrentIndex(static_cast<int>(tab));
         QVERIFY(QTest::qWaitForWindowActive(m_viewer.get()));
-        QWidget* home = m_viewer->findChild<QWidget*>(QStringLiteral("cmdHelpHome"));
+        QWidget* home = m_viewer->findChild<QWidget*>("cmdHelpHome");
         home->setFocus();
         QStringList reached;
-        for (int i = 0; i < 50; ++i) {
+        for (QWidget* focus = nullptr; focus != home && reached.size() < 50;) {
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-            QWidget* focus = QApplication::focusWidget();
-            QVERIFY(focus);
+            QVERIFY((focus = QApplication::focusWidget()));
             reached.append(focus->objectName());
-            if (focus == home)
-                break;
         }
         for (const QString& control : controls)
             QVERIFY2(reached.contains(control), qPrintable(control));
@@ -203,14 +181,13 @@ private Q_SLOTS:
     void qtHandlerReusesOneWindow() {
         ScopedHelpHandler handler(showQtHelp);
         ShowHelp(0, HelpCommand::Contents);
-        HelpViewer* first = qtHelpViewer();
+        std::unique_ptr<HelpViewer> first(qtHelpViewer());
         QVERIFY(first && first->isVisible());
         first->close();
         ShowHelp(5, HelpCommand::Context);
-        QCOMPARE(qtHelpViewer(), first);
+        QCOMPARE(qtHelpViewer(), first.get());
         QVERIFY(first->isVisible());
-        QCOMPARE(pageOf(first->currentPage()), QStringLiteral("mainscreen.html"));
-        delete first;
+        QCOMPARE(first->currentPage().fileName(), "mainscreen.html");
     }
 
     // The help is written to the cache once; it is written again only when the files there are
@@ -229,32 +206,27 @@ private Q_SLOTS:
 
         QTemporaryDir dir;
         QVERIFY(HelpCache::prepare(dir.path()).ok());
-        QDir(dir.path()).mkdir(QStringLiteral(".ondrel"));
-        const QString topics = dir.filePath(QStringLiteral("ondrel.qch"));
+        QVERIFY(QDir(dir.path()).mkdir(".ondrel"));
+        const QString topics = dir.filePath("ondrel.qch");
         const QDateTime old = QDateTime::currentDateTime().addDays(-1);
         QFile topicsFile(topics);
-        QVERIFY(topicsFile.open(QIODevice::ReadWrite));
-        QVERIFY(topicsFile.setFileTime(old, QFileDevice::FileModificationTime));
+        QVERIFY(topicsFile.open(QIODevice::ReadWrite) &&
+                topicsFile.setFileTime(old, QFileDevice::FileModificationTime));
         topicsFile.close();
-        if (damage.startsWith('-')) {
-            QVERIFY(QFile::remove(dir.filePath(damage.mid(1))));
-        } else if (!damage.isEmpty()) {
-            QFile file(dir.filePath(damage));
-            QVERIFY(file.open(QIODevice::ReadWrite));
-            QVERIFY(file.resize(file.size() / 2));
-        }
+        const QString damaged = dir.filePath(QString(damage).remove(u'-'));
+        if (damage.startsWith(u'-'))
+            QVERIFY(QFile::remove(damaged));
+        else if (!damage.isEmpty())
+            QVERIFY(QFile::resize(damaged, QFileInfo(damaged).size() / 2));
 
         const Result<QString> collection = HelpCache::prepare(dir.path());
         QVERIFY(collection.ok());
-        QCOMPARE(*collection, dir.filePath(QStringLiteral("ondrel.qhc")));
-        QCOMPARE(QFileInfo(topics).lastModified() != old, rewritten);
-        QCOMPARE(QFileInfo::exists(dir.filePath(QStringLiteral(".ondrel"))), !rewritten);
-        QFile embedded(QStringLiteral(":/help/ondrel.qch"));
-        QVERIFY(embedded.open(QIODevice::ReadOnly));
-        QFile written(topics);
-        QVERIFY(written.open(QIODevice::ReadOnly));
-        QVERIFY(written.readAll() == embedded.readAll());
+        QCOMPARE(*collection, dir.filePath("ondrel.qhc"));
         QVERIFY(QFileInfo::exists(*collection));
+        QCOMPARE(QFileInfo(topics).lastModified() != old, rewritten);
+        QCOMPARE(QFileInfo::exists(dir.filePath(".ondrel")), !rewritten);
+        const QByteArray embedded = bytesOf(":/help/ondrel.qch");
+        QVERIFY(!embedded.isEmpty() && bytesOf(topics) == embedded);
     }
 
 private:

@@ -28,23 +28,19 @@ private Q_SLOTS:
         QTest::addColumn<Action>("action");
         QTest::addColumn<QString>("specFile");
         QTest::addColumn<QString>("error");
-        QTest::newRow("nothing: a new spec only") << QStringList() << Action::Start << ""
-                                                  << "";
-        QTest::newRow("a spec file") << QStringList{"Web.spc"} << Action::Start << "Web.spc"
-                                     << "";
-        QTest::newRow("after --, a name like an option")
-            << QStringList{"--", "-old.spc"} << Action::Start << "-old.spc"
-            << "";
-        QTest::newRow("--help wins over a bad line")
-            << QStringList{"--bogus", "a.spc", "b.spc", "-h"} << Action::Help << ""
-            << "";
-        QTest::newRow("--version") << QStringList{"Web.spc", "--version"} << Action::Version << ""
-                                   << "";
-        QTest::newRow("an unknown option")
-            << QStringList{"--options", "x.opt"} << Action::Start << ""
-            << "unknown option --options";
-        QTest::newRow("two spec files") << QStringList{"a.spc", "b.spc"} << Action::Start << ""
-                                        << "one spec file at a time: a.spc b.spc";
+        auto row = [](const char* name, const QStringList& arguments, Action action,
+                      const char* specFile, const char* error = "") {
+            QTest::newRow(name) << arguments << action << QString(specFile) << QString(error);
+        };
+        row("nothing: a new spec only", {}, Action::Start, "");
+        row("a spec file", {"Web.spc"}, Action::Start, "Web.spc");
+        row("after --, a name like an option", {"--", "-old.spc"}, Action::Start, "-old.spc");
+        row("--help wins over a bad line", {"--bogus", "a.spc", "b.spc", "-h"}, Action::Help, "");
+        row("--version", {"Web.spc", "--version"}, Action::Version, "");
+        row("an unknown option", {"--options", "x.opt"}, Action::Start, "",
+            "unknown option --options");
+        row("two spec files", {"a.spc", "b.spc"}, Action::Start, "",
+            "one spec file at a time: a.spc b.spc");
     }
 
     void commandLine() {
@@ -64,21 +60,17 @@ private Q_SLOTS:
         QTest::addColumn<QString>("firstNode");
         QTest::addColumn<QString>("recent");
         QTest::addColumn<QString>("box"); // title and the start of the text; empty: none
-        QTest::newRow("a spec: shown and first of the recent files")
-            << QByteArray("[SourcePaths]\r\nSP1=/srv/web\r\n") << "Job.spc"
-            << "/srv/web"
-            << "&1 Job.spc"
-            << "";
-        QTest::newRow("no such file: the dialog's error, the new spec stays")
-            << QByteArray() << "Spec1.spc"
-            << "<various>"
-            << ""
-            << "Error Opening Spec File: Error 53 occurred.";
-        QTest::newRow("not a spec: the loader's own report")
-            << QByteArray("notes\n") << "Spec1.spc"
-            << "<various>"
-            << ""
-            << "Spec File Not Found or Invalid: The selected file does not exist";
+        auto row = [](const char* name, const char* content, const char* caption,
+                      const char* firstNode, const char* recent, const char* box) {
+            QTest::newRow(name) << QByteArray(content) << QString(caption) << QString(firstNode)
+                                << QString(recent) << QString(box);
+        };
+        row("a spec: shown and first of the recent files", "[SourcePaths]\r\nSP1=/srv/web\r\n",
+            "Job.spc", "/srv/web", "&1 Job.spc", "");
+        row("no such file: the dialog's error, the new spec stays", "", "Spec1.spc", "<various>",
+            "", "Error Opening Spec File: Error 53 occurred.");
+        row("not a spec: the loader's own report", "notes\n", "Spec1.spc", "<various>", "",
+            "Spec File Not Found or Invalid: The selected file does not exist");
     }
 
     void opensTheNamedSpec() {
@@ -105,11 +97,9 @@ private Q_SLOTS:
         QCOMPARE(main->findChild<QTreeWidget*>("tvwSpecs")->topLevelItem(0)->text(0), firstNode);
         QCOMPARE(main->findChild<QAction*>("mnuFileMRU(0)")->text().left(recent.size()), recent);
         QCOMPARE(boxes.shown().size(), box.isEmpty() ? 0 : 1);
-        if (!box.isEmpty()) {
-            const MsgBoxRequest& shown = boxes.shown().first();
+        for (const MsgBoxRequest& shown : boxes.shown())
             QVERIFY2((shown.title + ": " + shown.prompt).startsWith(box),
                      qPrintable(shown.title + ": " + shown.prompt));
-        }
         if (recent.isEmpty())
             QVERIFY(!main->findChild<QAction*>("mnuFileMRU(0)")->isVisible());
         else

@@ -49,17 +49,6 @@ template <typename T> T* child(QWidget* dialog, const QString& name) {
     return dialog->findChild<T*>(name);
 }
 
-QByteArray optionsAfterShutDown(Program& p) {
-    p.main->close();
-    QFile file(p.objects.programDirectory + QStringLiteral("/ONDREL.OPT"));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-const QStringList kCheckBoxes = {"chkResetArchive", "chkConfirmMsgs", "chkSaveSettings",
-                                 "chkCreateDirs",   "chkCreateLog",   "chkShowErrMsgs",
-                                 "chkDelSource",    "chkInclArc",     "chkInclHid",
-                                 "chkInclRO",       "chkInclSys"};
-
 } // namespace
 
 class tst_frmFSOptions : public QObject {
@@ -67,17 +56,23 @@ class tst_frmFSOptions : public QObject {
 
 private Q_SLOTS:
     // Every setting the dialog shows is changed by a click, and the file written when the
-    // program ends holds the new value; the main window's options list shows it at once.
+    // program ends holds the new value; the main window's options list shows it at once. Help
+    // opens the page in front.
     void editsEverySetting() {
         QTemporaryDir dir;
         QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("jobs/out")));
         Program p(dir.path(), "[FSOptions]\r\nSaveSettings=True\r\nOverwrite=3\r\n"
                               "DefaultDrive=/\r\nDefaultPath=/\r\n");
         const QString out = dir.filePath(QStringLiteral("jobs/out"));
+        ScriptedHelp help;
         p.withOptions("mnuEditFSOptionsStaging", [&](frmFSOptions* d) {
             QCOMPARE(d->tdgOptions->currentIndex(), 1);
+            d->cmdHelp_Click();
             QVERIFY(child<QRadioButton>(d, "optOverwrite(3)")->isChecked());
-            for (const QString& name : kCheckBoxes)
+            for (const char* name :
+                 {"chkResetArchive", "chkConfirmMsgs", "chkSaveSettings", "chkCreateDirs",
+                  "chkCreateLog", "chkShowErrMsgs", "chkDelSource", "chkInclArc", "chkInclHid",
+                  "chkInclRO", "chkInclSys"})
                 child<QCheckBox>(d, name)->click();
             // SaveSettings back on, so that the file is written.
             child<QCheckBox>(d, "chkSaveSettings")->click();
@@ -86,11 +81,15 @@ private Q_SLOTS:
             QCOMPARE(child<QLineEdit>(d, "txtDefPath")->text(), out);
             d->cmdOK_Click();
         });
+        QVERIFY(help.requests() == QList<HelpRequest>({{22, HelpCommand::Context}}));
         QCOMPARE(p.objects.Settings->Overwrite(), qint16(1));
         auto* list = p.main->findChild<QTreeWidget*>(QStringLiteral("lvwSPProps"));
         QVERIFY(!list->findItems(QStringLiteral("Prompt"), Qt::MatchExactly, 1).isEmpty());
 
-        const QByteArray written = optionsAfterShutDown(p);
+        p.main->close();
+        QFile file(p.objects.programDirectory + QStringLiteral("/ONDREL.OPT"));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray written = file.readAll();
         for (const char* line :
              {"Overwrite=1", "ResetArchive=True", "ShowConfirmMsgs=False", "SaveSettings=True",
               "CreateDirs=False", "CreateLog=True", "ShowErrMsgs=False", "DelSource=True",
@@ -127,12 +126,15 @@ private Q_SLOTS:
     }
 
     // Restore Defaults takes effect at once, moves the main window home, and Cancel keeps it.
+    // Help opens the page in front.
     void restoreDefaultsSurvivesCancel() {
         QTemporaryDir dir;
         Program p(dir.path(), "[FSOptions]\r\nTop=60\r\nLeft=90\r\nShowConfirmMsgs=False\r\n"
                               "Overwrite=2\r\nDelSource=True\r\n");
         const QPoint moved = p.main->pos();
+        ScriptedHelp help;
         p.withOptions("mnuEditFSOptionsUser", [&](frmFSOptions* d) {
+            d->cmdHelp_Click();
             d->cmdRestoreDefaults_Click();
             QVERIFY(child<QCheckBox>(d, "chkConfirmMsgs")->isChecked());
             QVERIFY(child<QRadioButton>(d, "optOverwrite(0)")->isChecked());
@@ -143,6 +145,7 @@ private Q_SLOTS:
         QCOMPARE(s.Overwrite(), qint16(0));
         QVERIFY(!s.DelSource());
         QVERIFY(p.main->pos() != moved);
+        QVERIFY(help.requests() == QList<HelpRequest>({{21, HelpCommand::Context}}));
     }
 
     // A default drive that is not mounted: the user is asked, Retry asks again, Cancel falls
@@ -166,20 +169,6 @@ private Q_SLOTS:
                                             "otherwise unavailable."));
         QCOMPARE(box.buttons, MsgButtons::RetryCancel);
         QCOMPARE(shown, dir.path());
-    }
-
-    void helpOpensThePageInFront() {
-        QTemporaryDir dir;
-        Program p(dir.path(), "[FSOptions]\r\n");
-        ScriptedHelp help;
-        for (const char* item : {"mnuEditFSOptionsUser", "mnuEditFSOptionsStaging"})
-            p.withOptions(item, [](frmFSOptions* d) {
-                d->cmdHelp_Click();
-                d->cmdCancel_Click();
-            });
-        const QList<HelpRequest> expected = {{21, HelpCommand::Context},
-                                             {22, HelpCommand::Context}};
-        QVERIFY(help.requests() == expected);
     }
 };
 
