@@ -238,16 +238,17 @@ bool DirWalker::DirWalk(const PlannedSource& SourcePath, const QByteArray& Dir) 
         if (files->empty())
             continue;
         host.setProgressRange(int(files->size()));
-        // With workers, the files after the one being staged are transferred ahead of it once a
-        // file here was copied where it was missing (a directory copied afresh, whose first file
-        // may have made the destination's directory; a re-run copies nothing ahead).
+        // With workers, the files after the one being staged are looked at and transferred
+        // ahead of it, once one was copied here (the first may make the destination's
+        // directory) or where looking at a destination is slow. A re-run that copies nothing
+        // to a local disk looks ahead at nothing: handing the looks over would cost more.
         size_t ahead = 1;
         for (size_t i = 0; i < files->size(); ++i) {
             m_stager.StageFile(group, NativePath::join(Dir, (*files)[i]), SourcePath.relativeAt);
             if (state.Cancelled)
                 return false;
             TransferAhead* transfers = m_run.ahead();
-            if (transfers && (m_stager.copiedToMissing() || ahead > i + 1) &&
+            if (transfers && (m_stager.copied() || ahead > i + 1 || m_stager.looksAreSlow()) &&
                 transfers->wantsMore()) {
                 for (ahead = std::max(ahead, i + 1); ahead < files->size() && transfers->hasRoom();
                      ++ahead)

@@ -43,7 +43,7 @@ void FileStager::StageFile(const PlannedGroup& FileGroup, const QByteArray& Sour
                            qsizetype relativeAt) {
     RunState& state = m_run.state();
     StagingHost& host = m_run.host();
-    m_copiedToMissing = false;
+    m_copied = false;
     host.yield();
     if (state.Cancelled)
         return;
@@ -82,6 +82,13 @@ void FileStager::expect(const PlannedGroup& FileGroup, const QByteArray& SourceF
     const QByteArrayView relative = QByteArrayView(SourceFile).sliced(relativeAt);
     for (const PlannedDestination* to : FileGroup.destinations)
         ahead->submit(SourceFile, NativePath::join(to->base, relative));
+}
+
+bool FileStager::looksAreSlow() const {
+    // A look at a file whose status the system holds in memory takes a few microseconds; one
+    // that waits for a disk or a server takes far longer.
+    constexpr auto slow = std::chrono::microseconds(50);
+    return m_looks >= 8 && m_lookTime > slow * m_looks;
 }
 
 const QString& FileStager::Call::shownSource() {
@@ -147,7 +154,10 @@ FileStager::Next FileStager::toDestination(Call& call, const PlannedDestination&
     // while it is copied.
     const bool readyAhead = m_run.ahead() && m_run.ahead()->isReady(call.source, destFile);
     while (!readyAhead) {
+        const auto lookStart = std::chrono::steady_clock::now();
         Result<FileStatus> status = m_run.ops().status(destFile, StatusDetail::Probe);
+        m_lookTime += std::chrono::steady_clock::now() - lookStart;
+        ++m_looks;
         if (status.ok()) {
             dest = status.value();
             break;
@@ -299,7 +309,7 @@ std::optional<FileStager::Next> FileStager::copy(Call& call,
         }
         // A copy made ahead is taken once: a Retry copies the file here.
         std::optional<Result<CopiedFile>> ahead;
-        if (!dest && firstTry)
+        if (firstTry)
             ahead = commitAhead(call, control);
         firstTry = false;
         const Result<CopiedFile> copied =
@@ -315,7 +325,7 @@ std::optional<FileStager::Next> FileStager::copy(Call& call,
             m_run.ahead()->discardAll())
             continue;
         if (copied.ok()) {
-            m_copiedToMissing = m_copiedToMissing || !dest;
+            m_copied = true;
             state.copiedBytes += copied->source.size;
             if (settings.DelSource())
                 rememberCopy(call, copied.value());

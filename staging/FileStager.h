@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <chrono>
 #include <optional>
 
 namespace ondrel {
@@ -31,9 +32,12 @@ public:
     // before it. Its copies are transferred ahead, and committed when StageFile reaches them.
     void expect(const PlannedGroup& FileGroup, const QByteArray& SourceFile, qsizetype relativeAt);
 
-    // Whether the last StageFile copied the file to a destination where it was missing: a
-    // directory being copied afresh, whose next files are worth transferring ahead.
-    bool copiedToMissing() const { return m_copiedToMissing; }
+    // Whether the last StageFile copied the file (to one destination at least): the files after
+    // it are worth transferring ahead.
+    bool copied() const { return m_copied; }
+    // Whether this run's looks at destinations wait (on a disk or a server): the files ahead are
+    // then worth looking at on the workers even where nothing will be copied.
+    bool looksAreSlow() const;
 
 private:
     // What StageFile is doing when a step fails; its name is in the text of error 5.
@@ -71,8 +75,8 @@ private:
     // dest: the file found at the destination, which the overwrite rule said to replace, or
     // nothing when there was none.
     std::optional<Next> copy(Call& call, const std::optional<FileStatus>& dest);
-    // The copy of a destination found missing, from its transfer made ahead: nothing when
-    // there is none to commit, and the copy is then made as without workers.
+    // The copy from its transfer made ahead: nothing when there is none to commit, and the copy
+    // is then made as without workers.
     std::optional<Result<CopiedFile>> commitAhead(const Call& call, const CopyControl& control);
     // The overwrite rule on a file found at the destination: nothing when it is to be replaced,
     // otherwise how to go on (the "Prompt" question asked and logged).
@@ -89,7 +93,9 @@ private:
     Next handleError(const Error& error, Call& call);
 
     RunContext& m_run;
-    bool m_copiedToMissing = false;
+    bool m_copied = false;
+    std::chrono::steady_clock::duration m_lookTime{};
+    qint64 m_looks = 0;
 };
 
 } // namespace ondrel

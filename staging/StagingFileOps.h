@@ -25,15 +25,15 @@ public:
     virtual Result<CopiedFile> copyFile(const QByteArray& source, const QByteArray& destination,
                                         DestinationHint hint, const CopyControl& control) = 0;
     // A copy in two steps, for a run that copies ahead of itself on other threads: the transfer
-    // of a file to a destination found missing (any thread; nothing is named, and a
-    // destination found there after all is not transferred to), then its commit on the run's
-    // thread. Only where transfersAhead(): a dry run and a test that watches each copy see
-    // every copy through copyFile.
+    // (any thread; nothing is named), then its commit on the run's thread, which judges what
+    // stands at the destination by then. Only where transfersAhead(): a dry run and a test that
+    // watches each copy see every copy through copyFile.
     virtual bool transfersAhead() const { return false; }
     virtual Result<std::unique_ptr<CopyJob>> transferFile(const QByteArray& source,
                                                           const QByteArray& destination,
+                                                          DestinationHint hint,
                                                           const CopyControl& control) {
-        (void)source, (void)destination, (void)control;
+        (void)source, (void)destination, (void)hint, (void)control;
         return Error(ErrNo::InvalidCall);
     }
     virtual Result<CopiedFile> commitFile(CopyJob& job) { return job.commit(); }
@@ -68,12 +68,9 @@ public:
     bool transfersAhead() const override { return true; }
     Result<std::unique_ptr<CopyJob>> transferFile(const QByteArray& source,
                                                   const QByteArray& destination,
+                                                  DestinationHint hint,
                                                   const CopyControl& control) override {
-        // A destination that stands is decided on by the run first: nothing to make ahead.
-        if (FileSystem::status(destination, StatusDetail::Probe).ok())
-            return Error(ErrNo::PathFileAccess);
-        auto job =
-            std::make_unique<CopyJob>(source, destination, DestinationHint::Missing, control);
+        auto job = std::make_unique<CopyJob>(source, destination, hint, control);
         if (Result<void> done = job->transfer(); !done)
             return done.error();
         if (Result<void> held = job->holdDirectory(); !held)

@@ -110,7 +110,8 @@ void StagingRun::Activate() {
     m_context.plan().addRoots();
     std::optional<TransferAhead> ahead;
     if (copiesAhead()) {
-        ahead.emplace(m_context.ops(), m_context.plan(), m_context.workers());
+        ahead.emplace(m_context.ops(), m_context.plan(), m_context.workers(),
+                      m_context.settings().Overwrite());
         m_context.setAhead(&*ahead);
     }
     DirWalker(m_context).Activate();

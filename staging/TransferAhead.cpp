@@ -1,5 +1,6 @@
 #include "staging/TransferAhead.h"
 
+#include "app/Module1.h"
 #include "platform/CopyJob.h"
 #include "platform/DirectoryHandles.h"
 #include "staging/RunPlan.h"
@@ -14,8 +15,9 @@ namespace ondrel {
 
 TransferAhead::Entry::~Entry() = default;
 
-TransferAhead::TransferAhead(StagingFileOps& ops, const RunPlan& plan, int workers)
-    : m_ops(ops), m_plan(plan), m_workerCount(workers) {}
+TransferAhead::TransferAhead(StagingFileOps& ops, const RunPlan& plan, int workers,
+                             qint16 overwrite)
+    : m_ops(ops), m_plan(plan), m_workerCount(workers), m_overwrite(overwrite) {}
 
 void TransferAhead::startWorkers() {
     for (int i = 0; i < m_workerCount; ++i)
@@ -141,7 +143,7 @@ bool TransferAhead::isReady(const QByteArray& source, const QByteArray& destinat
         return e->source == source && e->destination == destination;
     });
     return found != m_queue.cend() && (*found)->state == Entry::State::Done && (*found)->job &&
-           !(*found)->stop;
+           (*found)->foundMissing && !(*found)->stop;
 }
 
 bool TransferAhead::discardAll() {
@@ -157,6 +159,33 @@ bool TransferAhead::discardAll() {
         m_draining = false;
     }
     return !dropped.empty();
+}
+
+Result<std::unique_ptr<CopyJob>> TransferAhead::transfer(Entry& entry) {
+    const Result<FileStatus> found = m_ops.status(entry.destination, StatusDetail::Probe);
+    DestinationHint hint = DestinationHint::Unknown;
+    if (found.ok()) {
+        if (!replaces(entry.source, found.value()))
+            return Error(ErrNo::PathFileAccess); // left to the run, which decides on it
+    } else if (const int number = found.error().number();
+               number == ErrNo::FileNotFound || number == ErrNo::PathNotFound) {
+        hint = DestinationHint::Missing;
+        entry.foundMissing = true;
+    }
+    return m_ops.transferFile(entry.source, entry.destination, hint, entry.control);
+}
+
+bool TransferAhead::replaces(const QByteArray& source, const FileStatus& dest) {
+    switch (m_overwrite) {
+    case OverwriteMode::Always:
+        return true;
+    case OverwriteMode::IfOlder: {
+        const Result<FileStatus> from = m_ops.status(source, StatusDetail::WithoutAttributes);
+        return from.ok() && from->modified > dest.modified;
+    }
+    default: // Prompt waits for the user's answer; Never keeps what stands
+        return false;
+    }
 }
 
 void TransferAhead::work() {
@@ -201,8 +230,7 @@ void TransferAhead::work() {
             std::unique_ptr<CopyJob> job;
             int failure = ErrNo::CancelSelected;
             if (!entry->stop) {
-                Result<std::unique_ptr<CopyJob>> made =
-                    m_ops.transferFile(entry->source, entry->destination, entry->control);
+                Result<std::unique_ptr<CopyJob>> made = transfer(*entry);
                 if (made.ok())
                     job = std::move(made.value());
                 else

@@ -25,6 +25,12 @@ class StagingFileOps;
 // changes nothing anyone can see: it takes a name only when the run, reaching its copy, commits
 // it; one the run passes over is discarded. The window of work ahead is bounded in files and
 // in bytes.
+//
+// A worker first looks at the destination. Where a file stands, it transfers only if the
+// overwrite rule would replace that file (Always; If Older with the source newer): the run
+// decides again on what it finds when it gets there. Either way the look leaves the
+// destination's status fresh in the system's caches, so that the run's own look is cheap where
+// each look is a round trip (a network file system), even on a re-run that copies nothing.
 class TransferAhead {
 public:
     static constexpr int kMaxFiles = 64;
@@ -42,7 +48,8 @@ public:
     private:
         friend class TransferAhead;
         enum class State { Waiting, Working, Done } state = State::Waiting;
-        int failure = 0; // the error number of a transfer that failed
+        int failure = 0;           // the error number of a transfer that failed or was not made
+        bool foundMissing = false; // the worker found nothing at the destination
         qint64 bytes = 0;
         // How often the transfer looked whether it was still wanted (between its chunks), and
         // how many of those looks the run has made its own.
@@ -51,8 +58,8 @@ public:
     };
 
     // The workers open the plan's roots as the run's thread does. They are started with the
-    // first transfer: a run that copies nothing afresh never starts them.
-    TransferAhead(StagingFileOps& ops, const RunPlan& plan, int workers);
+    // first transfer. overwrite: the run's overwrite mode.
+    TransferAhead(StagingFileOps& ops, const RunPlan& plan, int workers, qint16 overwrite);
     // Every transfer not taken is discarded; the workers end.
     ~TransferAhead();
     TransferAhead(const TransferAhead&) = delete;
@@ -76,8 +83,8 @@ public:
     // said to stop.
     std::shared_ptr<Entry> take(const QByteArray& source, const QByteArray& destination,
                                 const std::function<bool()>& keepGoing, bool& cancelled);
-    // Whether take would give a complete transfer of source to destination now, without
-    // waiting.
+    // Whether take would give a complete transfer of source to a destination found missing,
+    // now, without waiting.
     bool isReady(const QByteArray& source, const QByteArray& destination);
     // Gives up every transfer not yet taken, and waits until no worker is working on one.
     // Whether there was any.
@@ -86,12 +93,17 @@ public:
 private:
     void startWorkers();
     void work();
+    // The worker's look at the destination, and the transfer if it is worth making.
+    Result<std::unique_ptr<CopyJob>> transfer(Entry& entry);
+    // Whether the overwrite rule would replace dest, found standing, with source.
+    bool replaces(const QByteArray& source, const FileStatus& dest);
     // m_mutex held.
     void drop(const std::shared_ptr<Entry>& entry);
 
     StagingFileOps& m_ops;
     const RunPlan& m_plan;
     const int m_workerCount;
+    const qint16 m_overwrite;
     std::mutex m_mutex;
     std::condition_variable m_work; // for the workers: a transfer to begin, or the end
     std::condition_variable m_done; // for the run: a transfer complete, or no worker working
