@@ -200,24 +200,37 @@ private Q_SLOTS:
         QVERIFY(one->log.size() > 20);
     }
 
-    // Copies made ahead take their names without the run looking at their destinations again:
-    // a file that stands there by then is judged by the overwrite rule all the same.
+    // Copies made ahead take their names without the run looking at their destinations again
+    // (Never: found missing), or after the run decided to replace the file it found there (If
+    // Older: earlier copies): a file that stands there by then, and is not the one decided on,
+    // is judged by the overwrite rule all the same.
+    void fileAppearsBeforeTheNameIsTaken_data() {
+        QTest::addColumn<int>("overwrite");
+        QTest::newRow("never") << 3;
+        QTest::newRow("if older") << 0;
+    }
     void fileAppearsBeforeTheNameIsTaken() {
+        QFETCH(int, overwrite);
         StagingFixture f;
         f.workers = 4;
         sourceTree(f);
         f.group("src", "*.txt", {"d1"}, true);
-        f.settings.setOverwrite(3);
+        f.settings.setOverwrite(qint16(overwrite));
+        if (overwrite == 0)
+            earlierCopies(f, "d1");
         QStringList planted;
         f.ops.onCommit = [&](const CopyJob& job) {
             const QString path = QFile::decodeName(job.destination());
-            if (path.endsWith("1.txt") && !planted.contains(path)) {
+            if ((path.endsWith("1.txt") || path.endsWith("18.txt")) && !planted.contains(path)) {
                 planted << path;
-                f.file(path.mid(f.dir.path().size() + 1), "planted", 1000000);
+                f.file(path.mid(f.dir.path().size() + 1), "planted", 3000000);
             }
         };
         const QStringList log = f.stage();
         QVERIFY(planted.size() >= 3);
+        // Under If Older, f18 is one whose older copy stood there.
+        QVERIFY(std::any_of(planted.cbegin(), planted.cend(),
+                            [](const QString& path) { return path.endsWith("18.txt"); }));
         for (const QString& path : planted) {
             QCOMPARE(f.read(path.mid(f.dir.path().size() + 1)), QByteArray("planted"));
             QVERIFY(log.contains(">>>" + path +
