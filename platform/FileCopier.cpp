@@ -115,19 +115,16 @@ Result<CopiedFile> FileCopier::copy(const QByteArray& source, const QByteArray& 
 }
 
 void FileCopier::removeStaleTemporaries(const QByteArray& dir) {
-    std::vector<QByteArray> stale;
-    const Result<void> read = readDirectory(dir, [&](int, const dirent64& entry) {
+    // Removed through the handle being listed, never by a path that a link swapped in since
+    // could send elsewhere. One missed because the listing moved on is removed next time.
+    (void)readDirectory(dir, [&](int fd, const dirent64& entry) {
         const qint64 pid = temporaryPid(static_cast<const char*>(entry.d_name));
         if (pid <= 0 || pid > std::numeric_limits<pid_t>::max())
             return;
         // A process that exists, even one we may not signal, may still be copying.
         if (::kill(pid_t(pid), 0) != 0 && errno == ESRCH)
-            stale.emplace_back(entry.d_name);
+            ::unlinkat(fd, entry.d_name, 0);
     });
-    if (!read)
-        return;
-    for (const QByteArray& name : stale)
-        ::unlink((dir + '/' + name).constData());
 }
 
 bool FileCopier::isTemporaryName(QByteArrayView name) {
