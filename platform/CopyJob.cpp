@@ -214,11 +214,13 @@ Result<void> CopyJob::makeUnnamed() {
 
 Result<void> CopyJob::makeTemporary() {
     const mode_t createMode = (m_mode & S_IWUSR) ? m_mode : mode_t(0600);
+    if (m_control.temporariesIn && m_to.dir != AT_FDCWD)
+        m_temporaryDir = m_control.temporariesIn(m_to.dir);
     for (int attempt = 0; attempt < 100 && !m_out; ++attempt) {
-        m_temp = m_dirPrefix + ownTemporaryName(m_name);
+        m_temp = (m_temporaryDir >= 0 ? QByteArray() : m_dirPrefix) + ownTemporaryName(m_name);
         CrashPoint::reached();
-        m_out.reset(::openat(m_to.dir, m_temp.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
-                             createMode));
+        m_out.reset(::openat(temporaryDir(), m_temp.constData(),
+                             O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, createMode));
         if (!m_out && errno != EEXIST)
             break;
     }
@@ -362,18 +364,19 @@ Result<CopiedFile> CopyJob::renameTemporary() {
         if (there) {
             if (auto judged = judge(found))
                 return *judged;
-            if (::renameat(m_to.dir, m_temp.constData(), m_to.dir, m_to.name) != 0)
+            if (::renameat(temporaryDir(), m_temp.constData(), m_to.dir, m_to.name) != 0)
                 return fail(errno);
             m_temp.clear();
             return copied();
         }
-        if (::renameat2(m_to.dir, m_temp.constData(), m_to.dir, m_to.name, RENAME_NOREPLACE) == 0) {
+        if (::renameat2(temporaryDir(), m_temp.constData(), m_to.dir, m_to.name,
+                        RENAME_NOREPLACE) == 0) {
             m_temp.clear();
             return copied();
         }
         if (errno == EINVAL || errno == ENOSYS) {
             // A file system that cannot refuse to replace: the name is taken as it stands.
-            if (::renameat(m_to.dir, m_temp.constData(), m_to.dir, m_to.name) != 0)
+            if (::renameat(temporaryDir(), m_temp.constData(), m_to.dir, m_to.name) != 0)
                 return fail(errno);
             m_temp.clear();
             return copied();
@@ -396,7 +399,7 @@ CopiedFile CopyJob::copied() const {
 void CopyJob::discard() {
     m_out.reset();
     if (!m_temp.isEmpty())
-        ::unlinkat(m_to.dir, m_temp.constData(), 0);
+        ::unlinkat(temporaryDir(), m_temp.constData(), 0);
     m_temp.clear();
 }
 

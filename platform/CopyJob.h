@@ -69,6 +69,9 @@ private:
     void discard();
     Result<CopiedFile> fail(int e);
     QByteArray dirPath() const;
+    // Where the temporary is: the destination's directory, or the one control.temporariesIn
+    // gave.
+    int temporaryDir() const { return m_temporaryDir >= 0 ? m_temporaryDir : m_to.dir; }
 
     const QByteArray& m_source;
     const QByteArray& m_destination;
@@ -85,7 +88,8 @@ private:
     QByteArray m_dirPrefix; // where there is no handle on the destination's directory
     posix::Fd m_out;
     bool m_unnamed = false;
-    QByteArray m_temp; // the temporary name, or the destination's once the copy has taken it
+    QByteArray m_temp;       // the temporary name, or the destination's once the copy has taken it
+    int m_temporaryDir = -1; // a directory other than the destination's it is made in
     mode_t m_mode = 0;
     bool m_modeNeedsSetting = false;
     struct stat m_made {};

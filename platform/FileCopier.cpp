@@ -114,6 +114,23 @@ Result<CopiedFile> FileCopier::copy(const QByteArray& source, const QByteArray& 
     return committed;
 }
 
+namespace {
+
+// The temporaries of process pid in directory name of handle dir (a copying thread's
+// directory of its own), then the directory itself once empty. Nothing else in it is touched.
+void removeStaleWorkDirectory(int dir, const char* name, qint64 pid) {
+    const posix::Fd work(::openat(dir, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (!work)
+        return;
+    (void)readEntries(work.get(), QByteArray(name), [&](int fd, const dirent64& entry) {
+        if (temporaryPid(static_cast<const char*>(entry.d_name)) == pid)
+            ::unlinkat(fd, entry.d_name, 0);
+    });
+    ::unlinkat(dir, name, AT_REMOVEDIR);
+}
+
+} // namespace
+
 void FileCopier::removeStaleTemporaries(const QByteArray& dir) {
     // Removed through the handle being listed, never by a path that a link swapped in since
     // could send elsewhere. One missed because the listing moved on is removed next time.
@@ -122,8 +139,9 @@ void FileCopier::removeStaleTemporaries(const QByteArray& dir) {
         if (pid <= 0 || pid > std::numeric_limits<pid_t>::max())
             return;
         // A process that exists, even one we may not signal, may still be copying.
-        if (::kill(pid_t(pid), 0) != 0 && errno == ESRCH)
-            ::unlinkat(fd, entry.d_name, 0);
+        if (::kill(pid_t(pid), 0) != 0 && errno == ESRCH && ::unlinkat(fd, entry.d_name, 0) != 0 &&
+            (errno == EISDIR || errno == EPERM))
+            removeStaleWorkDirectory(fd, entry.d_name, pid);
     });
 }
 

@@ -83,6 +83,10 @@ struct CopyControl {
     // The copy takes the source's owner and group (a move run by root keeps them, as mv does);
     // otherwise it belongs to whoever copies.
     bool keepOwner = false;
+    // Where a copy that goes by a temporary name may make it instead of in the destination's
+    // directory (handle directory): a directory of the copying thread's own on the same file
+    // system, or -1 for none.
+    std::function<int(int directory)> temporariesIn;
 };
 
 // What checkAccess asks of a path: that its content can be read, or, for a directory, that

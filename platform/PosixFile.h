@@ -57,20 +57,11 @@ inline bool unsupported(int e) {
     return e == ENOTSUP || e == EOPNOTSUPP;
 }
 
-// Calls onEntry(dirFd, entry) for every entry of dir but "." and "..". Read straight from the
-// kernel in large blocks: a walk lists every directory it passes, so each call saved counts.
-template <typename OnEntry> Result<void> readDirectory(const QByteArray& dir, OnEntry onEntry) {
-    Fd own;
-    int fd = DirectoryHandles::handleOf(dir);
-    if (fd >= 0) {
-        if (::lseek(fd, 0, SEEK_SET) < 0) // listed before in this run
-            return directoryError(errno, dir);
-    } else {
-        own.reset(::open(dir.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        if (!own)
-            return directoryError(errno, dir);
-        fd = own.get();
-    }
+// Calls onEntry(fd, entry) for every entry of the directory of handle fd, from where its
+// listing stands, but "." and ".."; dir names it in an error. Read straight from the kernel in
+// large blocks: a walk lists every directory it passes, so each call saved counts.
+template <typename OnEntry>
+Result<void> readEntries(int fd, const QByteArray& dir, OnEntry onEntry) {
     alignas(dirent64) char buffer[32768];
     for (;;) {
         const ssize_t n = ::getdents64(fd, buffer, sizeof buffer);
@@ -90,6 +81,22 @@ template <typename OnEntry> Result<void> readDirectory(const QByteArray& dir, On
             onEntry(fd, *entry);
         }
     }
+}
+
+// Calls onEntry(dirFd, entry) for every entry of dir but "." and "..".
+template <typename OnEntry> Result<void> readDirectory(const QByteArray& dir, OnEntry onEntry) {
+    Fd own;
+    int fd = DirectoryHandles::handleOf(dir);
+    if (fd >= 0) {
+        if (::lseek(fd, 0, SEEK_SET) < 0) // listed before in this run
+            return directoryError(errno, dir);
+    } else {
+        own.reset(::open(dir.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        if (!own)
+            return directoryError(errno, dir);
+        fd = own.get();
+    }
+    return readEntries(fd, dir, onEntry);
 }
 
 // The process's umask, read without changing it (umask() would, for every thread at once).

@@ -36,6 +36,10 @@ bool UnnamedFiles::usable() {
     return way != Way::None;
 }
 
+void UnnamedFiles::setUsable(bool usable) {
+    way = usable ? Way::ByHandle : Way::None;
+}
+
 bool UnnamedFiles::unsupported(int e) {
     // EISDIR: a kernel that does not know these files opens the directory itself.
     return e == EOPNOTSUPP || e == ENOTSUP || e == EISDIR || e == EINVAL;

@@ -8,6 +8,8 @@ class UnnamedFiles {
 public:
     // Whether to make them: no longer once this system has shown that it cannot name them.
     static bool usable();
+    // For tests: every copy then goes by a temporary name, as on a file system without them.
+    static void setUsable(bool usable);
 
     // Whether an open's errno says that the file system makes no such files.
     static bool unsupported(int e);

@@ -81,7 +81,7 @@ void FileStager::expect(const PlannedGroup& FileGroup, const QByteArray& SourceF
     TransferAhead* ahead = m_run.ahead();
     const QByteArrayView relative = QByteArrayView(SourceFile).sliced(relativeAt);
     for (const PlannedDestination* to : FileGroup.destinations)
-        ahead->submit(SourceFile, NativePath::join(to->base, relative));
+        ahead->submit(SourceFile, NativePath::join(to->base, relative), to->base);
 }
 
 bool FileStager::looksAreSlow() const {
@@ -303,9 +303,13 @@ std::optional<FileStager::Next> FileStager::copy(Call& call,
     bool madeDirs = false;
     bool firstTry = true;
     for (;;) {
-        if (!state.writtenDirs.contains(destDir)) {
-            state.writtenDirs.insert(destDir);
-            m_run.ops().removeStaleTemporaries(destDir);
+        // What a killed run left: temporaries beside the files, and the directories its
+        // threads made for their own at the top of the destination path.
+        for (const QByteArray* dir : {&destDir, &call.to->base}) {
+            if (!state.writtenDirs.contains(*dir)) {
+                state.writtenDirs.insert(*dir);
+                m_run.ops().removeStaleTemporaries(*dir);
+            }
         }
         // A copy made ahead is taken once: a Retry copies the file here.
         std::optional<Result<CopiedFile>> ahead;

@@ -3,6 +3,7 @@
 #include "app/Module1.h"
 #include "platform/CopyJob.h"
 #include "platform/DirectoryHandles.h"
+#include "platform/WorkDirectory.h"
 #include "staging/RunPlan.h"
 #include "staging/StagingFileOps.h"
 
@@ -10,8 +11,16 @@
 
 #include <pthread.h>
 #include <signal.h>
+#include <sys/stat.h>
 
 namespace ondrel {
+
+namespace {
+
+// The directories of its own of the worker running on this thread.
+thread_local std::map<QByteArray, std::unique_ptr<WorkDirectory>>* t_workDirectories = nullptr;
+
+} // namespace
 
 TransferAhead::Entry::~Entry() = default;
 
@@ -20,8 +29,12 @@ TransferAhead::TransferAhead(StagingFileOps& ops, const RunPlan& plan, int worke
     : m_ops(ops), m_plan(plan), m_workerCount(workers), m_overwrite(overwrite) {}
 
 void TransferAhead::startWorkers() {
+    m_workDirectories.resize(size_t(m_workerCount));
     for (int i = 0; i < m_workerCount; ++i)
-        m_workers.emplace_back([this] { work(); });
+        m_workers.emplace_back([this, i] {
+            t_workDirectories = &m_workDirectories[size_t(i)];
+            work();
+        });
 }
 
 TransferAhead::~TransferAhead() {
@@ -33,15 +46,21 @@ TransferAhead::~TransferAhead() {
     m_work.notify_all();
     for (std::thread& worker : m_workers)
         worker.join();
+    m_workDirectories.clear(); // after every transfer made in them was committed or given up
 }
 
-void TransferAhead::submit(const QByteArray& source, const QByteArray& destination) {
+void TransferAhead::submit(const QByteArray& source, const QByteArray& destination,
+                           const QByteArray& base) {
     // Copies of the entry's own: a worker's reads of them never share a buffer that another
     // thread may free.
     auto entry = std::make_shared<Entry>();
     entry->source = QByteArray(source.constData(), source.size());
     entry->destination = QByteArray(destination.constData(), destination.size());
+    entry->base = QByteArray(base.constData(), base.size());
     Entry* raw = entry.get();
+    entry->control.temporariesIn = [raw](int directory) {
+        return temporariesIn(raw->base, directory);
+    };
     entry->control.keepGoing = [this, raw] {
         bool awaited = false;
         {
@@ -173,6 +192,27 @@ Result<std::unique_ptr<CopyJob>> TransferAhead::transfer(Entry& entry) {
         entry.foundMissing = true;
     }
     return m_ops.transferFile(entry.source, entry.destination, hint, entry.control);
+}
+
+int TransferAhead::temporariesIn(const QByteArray& base, int directory) {
+    if (!t_workDirectories)
+        return -1;
+    auto found = t_workDirectories->find(base);
+    if (found == t_workDirectories->end()) {
+        // Made on the first copy into base that needs one (base is there by then): what a
+        // killed run left there is removed first.
+        std::unique_ptr<WorkDirectory> made;
+        if (const int parent = DirectoryHandles::handleOf(base); parent >= 0) {
+            FileSystem::removeStaleTemporaries(base);
+            made = WorkDirectory::make(parent);
+        }
+        found = t_workDirectories->emplace(base, std::move(made)).first;
+    }
+    struct stat st {};
+    // A directory below base may be another file system's, which a rename cannot reach.
+    if (!found->second || ::fstat(directory, &st) != 0 || st.st_dev != found->second->device())
+        return -1;
+    return found->second->handle();
 }
 
 bool TransferAhead::replaces(const QByteArray& source, const FileStatus& dest) {

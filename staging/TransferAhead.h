@@ -8,6 +8,7 @@
 #include <condition_variable>
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -16,6 +17,7 @@
 namespace ondrel {
 
 class CopyJob;
+class WorkDirectory;
 class RunPlan;
 class StagingFileOps;
 
@@ -40,6 +42,7 @@ public:
     struct Entry {
         QByteArray source;
         QByteArray destination;
+        QByteArray base; // the destination path it is in
         CopyControl control;
         std::atomic<bool> stop{false};
         std::unique_ptr<CopyJob> job; // once a transfer has succeeded
@@ -69,8 +72,9 @@ public:
     // Whether the run should submit more: not before half the window is taken, so that the
     // workers are handed files in bunches, not woken for each file the run commits.
     bool wantsMore() const { return m_queue.size() <= size_t(kMaxFiles / 2); }
-    // A copy the run may reach next, after those submitted before.
-    void submit(const QByteArray& source, const QByteArray& destination);
+    // A copy the run may reach next, after those submitted before; base: the destination path
+    // destination is in.
+    void submit(const QByteArray& source, const QByteArray& destination, const QByteArray& base);
     // The transfer of source to destination, once it is complete, for the run to commit; the
     // ones submitted before it, which the run passed over, are discarded. Nothing when none was
     // submitted, no worker has begun it yet, or it failed: the run then copies the file itself,
@@ -97,6 +101,10 @@ private:
     Result<std::unique_ptr<CopyJob>> transfer(Entry& entry);
     // Whether the overwrite rule would replace dest, found standing, with source.
     bool replaces(const QByteArray& source, const FileStatus& dest);
+    // The calling worker's directory of its own in destination path base, where the copies into
+    // directory (a handle) that go by a temporary name are made; -1 for none (beside the
+    // destination, then).
+    static int temporariesIn(const QByteArray& base, int directory);
     // m_mutex held.
     void drop(const std::shared_ptr<Entry>& entry);
 
@@ -114,6 +122,9 @@ private:
     bool m_draining = false;          // the run waits for every worker to stop working
     bool m_quit = false;
     std::vector<std::thread> m_workers;
+    // Each worker's directories of its own, by destination path: removed once every transfer
+    // is given up or committed and the workers have ended.
+    std::vector<std::map<QByteArray, std::unique_ptr<WorkDirectory>>> m_workDirectories;
 };
 
 } // namespace ondrel

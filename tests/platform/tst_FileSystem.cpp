@@ -371,11 +371,24 @@ private Q_SLOTS:
         lookalike[lookalike.size() - 1] = lookalike.back() == 'A' ? 'B' : 'A';
         for (const QByteArray& name : {dead, live, wholeFile, lookalike, QByteArray("a.txt")})
             QVERIFY(writeFile(at(name), "x"));
+        // A copying thread's directory of its own, left by the process that is gone, goes with
+        // that process's temporaries in it; one holding anything else stays, with that.
+        const QByteArray work = FileCopier::temporaryName("copies", child);
+        const QByteArray otherWork = FileCopier::temporaryName("copies", child);
+        QVERIFY(::mkdir(at(work).constData(), 0700) == 0 &&
+                ::mkdir(at(otherWork).constData(), 0700) == 0);
+        QVERIFY(writeFile(at(work + "/" + dead), "x") &&
+                writeFile(at(otherWork + "/" + dead), "x"));
+        QVERIFY(writeFile(at(otherWork + "/a.txt"), "x"));
         QVERIFY(FileSystem::isTemporaryName(dead) && !FileSystem::isTemporaryName(wholeFile));
         FileSystem::removeStaleTemporaries(m_root);
-        const std::map<QByteArray, QByteArray> kept{
-            {live, "x"}, {wholeFile, "x"}, {lookalike, "x"}, {"a.txt", "x"}};
+        const std::map<QByteArray, QByteArray> kept{{live, "x"},
+                                                    {wholeFile, "x"},
+                                                    {lookalike, "x"},
+                                                    {"a.txt", "x"},
+                                                    {otherWork, "<not a file>"}};
         QVERIFY(snapshot(m_root) == kept);
+        QVERIFY((snapshot(at(otherWork)) == std::map<QByteArray, QByteArray>{{"a.txt", "x"}}));
     }
 
     void fileOperations_data() {

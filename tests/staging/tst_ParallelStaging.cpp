@@ -1,5 +1,7 @@
 #include "StagingFixture.h"
 
+#include "platform/UnnamedFiles.h"
+
 #include <QCryptographicHash>
 #include <QDirIterator>
 #include <QRegularExpression>
@@ -23,6 +25,7 @@ struct Outcome {
     int status = 0;
     int yields = 0; // where a Cancel button is looked at
     QStringList tree;
+    bool workDirectorySeen = false; // a worker's own, in d1, as a copy made ahead took its name
 };
 
 QStringList treeOf(const QString& root) {
@@ -140,14 +143,24 @@ bool arrange(StagingFixture& f, const QString& kind) {
     return true;
 }
 
-std::optional<Outcome> stage(const QString& kind, int workers) {
+// named: every copy goes by a temporary name, as on a network file system.
+std::optional<Outcome> stage(const QString& kind, int workers, bool named) {
     StagingFixture f;
     f.workers = workers;
     if (!arrange(f, kind))
         return std::nullopt;
     const QString root = f.dir.path();
     Outcome out;
-    for (const QString& line : f.stage())
+    f.ops.onCommit = [&](const CopyJob&) {
+        out.workDirectorySeen = out.workDirectorySeen ||
+                                !QDir(f.path("d1"))
+                                     .entryList({".ondrel~copies~*"}, QDir::Dirs | QDir::Hidden)
+                                     .isEmpty();
+    };
+    UnnamedFiles::setUsable(!named);
+    const QStringList log = f.stage();
+    UnnamedFiles::setUsable(true);
+    for (const QString& line : log)
         out.log << masked(line, root);
     out.summary = masked(f.host.summaryTitle + "\n" + f.host.summaryText, root);
     for (const ScriptedHost::Question& q : f.host.questions)
@@ -175,24 +188,32 @@ class tst_ParallelStaging : public QObject {
 private Q_SLOTS:
     void sameAsOneThread_data() {
         QTest::addColumn<QString>("kind");
+        QTest::addColumn<bool>("named");
         for (const char* kind :
              {"fresh", "if older", "prompt", "prompt, cancel", "never", "retry, ignore, abort",
               "cancel", "no directories made", "move", "two sources, one destination", "disk full"})
-            QTest::newRow(kind) << QString(kind);
+            QTest::newRow(kind) << QString(kind) << false;
+        // Workers then write in directories of their own, which are gone when the run ends.
+        for (const char* kind :
+             {"fresh", "if older", "retry, ignore, abort", "cancel", "disk full"})
+            QTest::newRow(qPrintable(QString(kind) + ", temporary names")) << QString(kind) << true;
     }
 
     void sameAsOneThread() {
         QFETCH(QString, kind);
-        const std::optional<Outcome> one = stage(kind, 1);
+        QFETCH(bool, named);
+        const std::optional<Outcome> one = stage(kind, 1, named);
         if (!one)
             QSKIP("needs a small file system of its own: mounting is not permitted here");
-        const std::optional<Outcome> four = stage(kind, 4);
+        const std::optional<Outcome> four = stage(kind, 4, named);
         QVERIFY(four);
         QCOMPARE(four->questions, one->questions);
         QCOMPARE(four->log, one->log);
         QCOMPARE(four->summary, one->summary);
         QCOMPARE(four->status, one->status);
-        QCOMPARE(four->tree, one->tree);
+        QCOMPARE(four->tree, one->tree); // no worker's directory of its own left either
+        if (kind == "fresh")
+            QCOMPARE(four->workDirectorySeen, named);
         // A transfer that fails for lack of space is made again by the run once the window has
         // drained: the looks at Cancel it made before failing come on top.
         if (kind != "disk full")

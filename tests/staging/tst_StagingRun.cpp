@@ -1,10 +1,13 @@
 #include "StagingFixture.h"
 
+#include "platform/FileCopier.h"
 #include "platform/FileSystem.h"
 
 #include <QtTest>
 
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace ondrel;
 using namespace ondrel::test;
@@ -419,6 +422,31 @@ private Q_SLOTS:
                          "Contact Technical Support for assistance."));
         QVERIFY(f.exists("dst/ro.txt"));
         QCOMPARE(f.run->state().ProblemFiles, f.path("src/ro.txt") + "\r\n");
+    }
+
+    // What a killed run left in a destination goes with the next run there: its temporaries
+    // beside the files, and the directories of its threads' own at the top of the destination
+    // path, even where nothing is copied to the top itself.
+    void removesWhatAKilledRunLeft() {
+        const pid_t gone = ::fork();
+        if (gone == 0)
+            ::_exit(0);
+        QVERIFY(gone > 0 && ::waitpid(gone, nullptr, 0) == gone);
+        const auto temporary = [&](const char* name) {
+            return QFile::decodeName(FileCopier::temporaryName(name, gone));
+        };
+        StagingFixture f;
+        f.file("src/sub/a.txt");
+        f.group("src", "*.txt", {"dst"}, true);
+        f.file("dst/" + temporary("copies") + "/" + temporary("a.txt"), "half");
+        f.file("dst/sub/" + temporary("a.txt"), "half");
+        f.stage();
+        QCOMPARE(
+            QDir(f.path("dst")).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+            QStringList{"sub"});
+        QCOMPARE(QDir(f.path("dst/sub"))
+                     .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                 QStringList{"a.txt"});
     }
 
     // Without a log the run writes none, and the summary is whole all the same.
