@@ -146,7 +146,8 @@ Result<std::vector<QByteArray>> FileSystem::subDirectories(const QByteArray& dir
             isDir =
                 ::fstatat(fd, entry.d_name, &st, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(st.st_mode);
         }
-        if (isDir)
+        // A copying thread's directory of its own, like a temporary, is nobody's to see.
+        if (isDir && !FileCopier::isTemporaryName(static_cast<const char*>(entry.d_name)))
             names.emplace_back(entry.d_name);
     });
     if (!read)

@@ -200,10 +200,12 @@ private Q_SLOTS:
 
     // ASCII names are ordered without building their text; the order must still be the text's,
     // punctuation between the letters and mixed with names that are not ASCII included. Files and
-    // directories are listed apart; a link to a directory is neither.
+    // directories are listed apart; a link to a directory is neither, and a copying thread's
+    // directory of its own is not listed.
     void listingOrderIsTheTextOrder() {
         for (const char* name : {"gamma", "Beta", "alpha", "\xc3\xa9t\xc3\xa9", "bad\xff"})
             QVERIFY(::mkdir(at(name), 0755) == 0);
+        QVERIFY(::mkdir(at(FileCopier::temporaryName("copies", ::getpid())), 0700) == 0);
         QVERIFY(::symlink("alpha", at("linked")) == 0);
         const Names created{"_x",       "[a",  "Zeta", "zeta", "a",    "A", "ab~",
                             "a.b",      "a_b", "aB",   "Ab",   "~",    "0", "\x5c",
