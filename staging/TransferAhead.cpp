@@ -97,21 +97,33 @@ std::shared_ptr<TransferAhead::Entry> TransferAhead::take(const QByteArray& sour
     bool diskFull = false;
     {
         std::unique_lock lock(m_mutex);
+        // Whatever leaves the window, and a new first in line, may let a transfer that waits
+        // for room begin.
+        const auto released = [&] {
+            if (m_windowWanted) {
+                m_windowWanted = false;
+                m_work.notify_all();
+            }
+        };
         while (!m_queue.empty() &&
                (m_queue.front()->source != source || m_queue.front()->destination != destination)) {
             drop(m_queue.front());
             passedOver.push_back(std::move(m_queue.front()));
             m_queue.pop_front();
         }
-        if (m_queue.empty())
+        if (m_queue.empty()) {
+            released();
             return nullptr;
+        }
         found = m_queue.front();
         if (found->state == Entry::State::Waiting) {
             // Every worker is busy: the run copies this one itself rather than wait.
             drop(found);
             m_queue.pop_front();
+            released();
             return nullptr;
         }
+        released();
         // First in line, it is never held back by the window's bytes. The run is woken for
         // this transfer only, not for every other one that a worker finishes.
         m_awaited = found.get();
@@ -138,13 +150,12 @@ std::shared_ptr<TransferAhead::Entry> TransferAhead::take(const QByteArray& sour
             // Still at work: it stops at its next look, and its copy is taken back there.
             drop(found);
             m_queue.pop_front();
+            released();
             return nullptr;
         }
         m_queue.pop_front();
-        const bool wasFull = m_bytesDone >= kMaxBytes;
         m_bytesDone -= found->bytes;
-        if (wasFull)
-            m_work.notify_all(); // the window has room again
+        released();
         if (!found->job || cancelled) {
             diskFull = !cancelled && found->failure == ErrNo::DiskFull;
             passedOver.push_back(std::move(found));
@@ -228,6 +239,17 @@ bool TransferAhead::replaces(const QByteArray& source, const FileStatus& dest) {
     }
 }
 
+bool TransferAhead::hasRoomFor(const std::shared_ptr<Entry>& entry, size_t count) const {
+    // The first in line is never held back; nor is a transfer when nothing else is in the
+    // window, however large its file.
+    const qint64 taken = m_bytesDone + m_bytesWorking;
+    if (entry == m_queue.front() || taken == 0)
+        return true;
+    if (entry->expected < 0)
+        return taken < kMaxBytes;
+    return taken + entry->expected * qint64(count) <= kMaxBytes;
+}
+
 void TransferAhead::work() {
     // Signals (Ctrl-C above all) go to the run's thread, whose questions wait for them.
     sigset_t all;
@@ -248,16 +270,20 @@ void TransferAhead::work() {
             });
             if (waiting == m_queue.end())
                 return false;
-            // Beyond the first in line, no transfer begins while the finished ones waiting
-            // for their commit hold the window's bytes.
-            if (waiting != m_queue.begin() && m_bytesDone >= kMaxBytes)
-                return false;
             // A file bound for several destinations is copied to each by the same worker, in
             // turn, so that it is opened and read once.
+            size_t count = 0;
             for (auto e = waiting; e != m_queue.end() && (*e)->state == Entry::State::Waiting &&
                                    (*e)->source == (*waiting)->source;
                  ++e)
-                batch.push_back(*e);
+                ++count;
+            // Beyond the first in line, no transfer begins while the finished ones waiting for
+            // their commit and the ones being made would hold more than the window's bytes.
+            if (!hasRoomFor(*waiting, count)) {
+                m_windowWanted = true;
+                return false;
+            }
+            batch.assign(waiting, waiting + std::ptrdiff_t(count));
             return true;
         });
         if (m_quit)
@@ -265,6 +291,31 @@ void TransferAhead::work() {
         for (const std::shared_ptr<Entry>& entry : batch)
             entry->state = Entry::State::Working;
         ++m_working;
+        // The size is read before the transfer begins, so that the window bounds the bytes
+        // being written as well as those written: a few large files could otherwise fill the
+        // disk with copies the run has not reached.
+        if (batch.front()->expected < 0) {
+            lock.unlock();
+            const Result<FileStatus> from =
+                m_ops.status(batch.front()->source, StatusDetail::WithoutAttributes);
+            lock.lock();
+            for (const std::shared_ptr<Entry>& entry : batch)
+                entry->expected = from.ok() ? from->size : 0;
+            const bool stillQueued = !batch.front()->stop;
+            if (stillQueued && !hasRoomFor(batch.front(), batch.size())) {
+                // Held back until the window has room: left for a worker (or the run) to
+                // begin then.
+                for (const std::shared_ptr<Entry>& entry : batch)
+                    entry->state = Entry::State::Waiting;
+                m_windowWanted = true;
+                batch.clear();
+                if (--m_working == 0 && m_draining)
+                    m_done.notify_all();
+                continue;
+            }
+        }
+        const qint64 reserved = batch.front()->expected * qint64(batch.size());
+        m_bytesWorking += reserved;
         for (std::shared_ptr<Entry>& entry : batch) {
             lock.unlock();
             std::unique_ptr<CopyJob> job;
@@ -294,6 +345,11 @@ void TransferAhead::work() {
             entry.reset();
         }
         batch.clear();
+        m_bytesWorking -= reserved;
+        if (m_windowWanted) { // a transfer given up left the window
+            m_windowWanted = false;
+            m_work.notify_all();
+        }
         if (--m_working == 0 && m_draining)
             m_done.notify_all();
     }

@@ -54,6 +54,9 @@ public:
         int failure = 0;           // the error number of a transfer that failed or was not made
         bool foundMissing = false; // the worker found nothing at the destination
         qint64 bytes = 0;
+        // What the source's size said before the transfer began, once a worker has read it
+        // (-1 until then): the window's room it takes while it is made.
+        qint64 expected = -1;
         // How often the transfer looked whether it was still wanted (between its chunks), and
         // how many of those looks the run has made its own.
         int looks = 0;
@@ -97,6 +100,9 @@ public:
 private:
     void startWorkers();
     void work();
+    // m_mutex held. Whether the window has room for the transfer of entry (and the other
+    // destinations of its source, count in all) to begin.
+    bool hasRoomFor(const std::shared_ptr<Entry>& entry, size_t count) const;
     // The worker's look at the destination, and the transfer if it is worth making.
     Result<std::unique_ptr<CopyJob>> transfer(Entry& entry);
     // Whether the overwrite rule would replace dest, found standing, with source.
@@ -117,6 +123,8 @@ private:
     std::condition_variable m_done; // for the run: a transfer complete, or no worker working
     std::deque<std::shared_ptr<Entry>> m_queue; // in the run's order
     qint64 m_bytesDone = 0;                     // of the transfers complete and not yet taken
+    qint64 m_bytesWorking = 0;                  // of the transfers being made
+    bool m_windowWanted = false;                // a worker waits for room in the window
     int m_working = 0;
     const Entry* m_awaited = nullptr; // the transfer the run waits for
     bool m_draining = false;          // the run waits for every worker to stop working

@@ -83,6 +83,8 @@ public:
     std::function<void(const CopyJob& job)> onCommit;
     // Before the copies of a move are synced, that is before its deletions.
     std::function<void()> onSync;
+    // On a worker's thread, as a transfer made ahead begins (true) and ends (false).
+    std::function<void(const QByteArray& source, bool begins)> onTransfer;
     // The devices whose sync is reported as failed, besides those that really failed.
     std::vector<dev_t> failingDevices;
 
@@ -93,6 +95,18 @@ public:
         if (onCopy)
             onCopy(source, destination);
         return DiskFileOps::copyFile(source, destination, hint, control);
+    }
+    Result<std::unique_ptr<CopyJob>> transferFile(const QByteArray& source,
+                                                  const QByteArray& destination,
+                                                  DestinationHint hint,
+                                                  const CopyControl& control) override {
+        if (onTransfer)
+            onTransfer(source, true);
+        Result<std::unique_ptr<CopyJob>> made =
+            DiskFileOps::transferFile(source, destination, hint, control);
+        if (onTransfer)
+            onTransfer(source, false);
+        return made;
     }
     Result<CopiedFile> commitFile(CopyJob& job) override {
         if (onCommit)

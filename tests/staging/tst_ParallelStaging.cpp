@@ -7,6 +7,7 @@
 #include <QRegularExpression>
 #include <QtTest>
 
+#include <mutex>
 #include <optional>
 
 #include <sys/mount.h>
@@ -219,6 +220,29 @@ private Q_SLOTS:
         if (kind != "disk full")
             QCOMPARE(four->yields, one->yields);
         QVERIFY(one->log.size() > 20);
+    }
+
+    // The window holds at most 64 MiB of copies made ahead, those being written included: a
+    // few large files must not fill the disk with copies the run has not reached.
+    void windowBoundsTheBytesBeingWritten() {
+        StagingFixture f;
+        f.workers = 4;
+        for (int i = 0; i < 5; ++i)
+            f.file(QString("src/big%1.bin").arg(i), QByteArray(24 << 20, char('a' + i)));
+        f.file("src/a.txt", "first");
+        f.group("src", "*", {"d1"});
+        std::mutex mutex;
+        qint64 writing = 0, most = 0;
+        f.ops.onTransfer = [&](const QByteArray& source, bool begins) {
+            const qint64 size = QFileInfo(QFile::decodeName(source)).size();
+            const std::lock_guard lock(mutex);
+            writing += begins ? size : -size;
+            most = std::max(most, writing);
+        };
+        f.stage();
+        QVERIFY(most >= 24 << 20);
+        QVERIFY(most <= 64 << 20);
+        QCOMPARE(f.read("d1/big4.bin"), QByteArray(24 << 20, 'e'));
     }
 
     // Copies made ahead take their names without the run looking at their destinations again
