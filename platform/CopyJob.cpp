@@ -272,6 +272,23 @@ Result<void> CopyJob::holdDirectory() {
     return {};
 }
 
+void CopyJob::watchSource() {
+    // A handle of the job's own: the one it read through may be the worker's, closed once the
+    // worker goes on to another file.
+    m_watchedSource.reset(::fcntl(m_in, F_DUPFD_CLOEXEC, 0));
+}
+
+bool CopyJob::sourceChanged() const {
+    struct stat now {};
+    if (!m_watchedSource || ::fstat(m_watchedSource.get(), &now) != 0)
+        return false;
+    const auto same = [](const struct timespec& a, const struct timespec& b) {
+        return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
+    };
+    return now.st_size != m_src.st_size || !same(now.st_mtim, m_src.st_mtim) ||
+           !same(now.st_ctim, m_src.st_ctim);
+}
+
 Result<CopiedFile> CopyJob::commit() {
     // The rule that let the copy replace what stood at the destination was decided on the file
     // that stood there then. A file found there now that is not that one (it appeared, or was

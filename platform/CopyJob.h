@@ -39,6 +39,12 @@ public:
     // committing thread's; a temporary keeps a handle of its own), so that thread may go on to
     // other directories.
     Result<void> holdDirectory();
+    // After a transfer that succeeded, for a commit that comes later: keeps a handle on the
+    // source, so that sourceChanged() can tell whether it was written to since it was read.
+    void watchSource();
+    // Whether the watched source's size or times differ from those it had when it was read:
+    // the copy is then no longer the file the run reaches, and is made again.
+    bool sourceChanged() const;
     // The name, after a transfer that succeeded.
     Result<CopiedFile> commit();
     const QByteArray& destination() const { return m_destination; }
@@ -96,6 +102,7 @@ private:
     std::optional<FileStatus> m_accepted;
     bool m_redoNamed = false;
     bool m_resolveAtCommit = false; // the directory handle is the committing thread's
+    posix::Fd m_watchedSource;
 };
 
 } // namespace ondrel

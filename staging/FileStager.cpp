@@ -375,7 +375,9 @@ std::optional<Result<CopiedFile>> FileStager::commitAhead(const Call& call,
     // A Cancel while the transfer was made stops it before it takes its name.
     if (cancelled)
         return Result<CopiedFile>(Error(ErrNo::CancelSelected));
-    if (!entry)
+    // A source written to since its transfer is copied again, as it is now: as the run with
+    // one thread would have read it.
+    if (!entry || entry->job->sourceChanged())
         return std::nullopt;
     entry->control.decidedOn = control.decidedOn;
     entry->control.mayReplace = control.mayReplace;

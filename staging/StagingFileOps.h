@@ -75,6 +75,7 @@ public:
             return done.error();
         if (Result<void> held = job->holdDirectory(); !held)
             return held.error();
+        job->watchSource();
         return job;
     }
     Result<void> setAttributes(const QByteArray& path, int attributes) override {

@@ -222,6 +222,33 @@ private Q_SLOTS:
         QVERIFY(one->log.size() > 20);
     }
 
+    // A source written to after its copy was made ahead is copied again when the run reaches
+    // it: the destination holds the file as it is then, as with one thread.
+    void sourceChangedAfterItsTransfer() {
+        StagingFixture f;
+        f.workers = 4;
+        sourceTree(f);
+        f.group("src", "*.txt", {"d1"}, true);
+        QStringList changed;
+        std::mutex mutex;
+        f.ops.onTransfer = [&](const QByteArray& path, bool begins) {
+            const QString source = QFile::decodeName(path);
+            QFile file(source);
+            if (!begins && source.endsWith("5.txt") && file.open(QIODevice::Append)) {
+                file.write(" and more");
+                const std::lock_guard lock(mutex);
+                changed << source;
+            }
+        };
+        f.stage();
+        QVERIFY(!changed.isEmpty());
+        for (const QString& source : changed) {
+            const QString relative = source.mid(f.dir.path().size() + 1);
+            QVERIFY(f.read(relative).endsWith(" and more"));
+            QCOMPARE(f.read(QString(relative).replace("src/", "d1/")), f.read(relative));
+        }
+    }
+
     // The window holds at most 64 MiB of copies made ahead, those being written included: a
     // few large files must not fill the disk with copies the run has not reached.
     void windowBoundsTheBytesBeingWritten() {
