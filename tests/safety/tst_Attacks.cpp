@@ -6,7 +6,12 @@
 
 #include "../staging/StagingFixture.h"
 
+#include "platform/UnnamedFiles.h"
+
 #include <QtTest>
+
+#include <condition_variable>
+#include <mutex>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -109,6 +114,54 @@ private Q_SLOTS:
         QCOMPARE(log.contains("***Error 75, Path/File access error (a symbolic link"), refused);
         QCOMPARE(f.run->state().ProblemFiles.contains("passwd"), refused);
         QVERIFY(S_ISLNK(statOf(f.path("dst/sub")).st_mode));
+    }
+
+    // Where copies go by temporary names (a network file system), each worker writes them in a
+    // directory of its own at the top of the destination. Another user who may write there and
+    // moves that directory away in the middle of a run gets nothing from it: it is its owner's
+    // alone, every copy still reaches its destination, and nothing is left in it.
+    void workersDirectoryMovedAway() {
+        StagingFixture f;
+        f.workers = 4;
+        for (int i = 0; i < 40; ++i)
+            f.file(QString("src/s/f%1.txt").arg(i), QByteArray((200 << 10) + i, 'x'));
+        QVERIFY(QDir().mkpath(f.path("dst")) && QDir().mkpath(f.path("elsewhere")));
+        ::chmod(QFile::encodeName(f.path("dst")).constData(), 0777);
+        f.group("src", "*.txt", {"dst"}, true);
+        std::mutex mutex;
+        std::condition_variable begun;
+        bool anyBegun = false;
+        QString moved;
+        // The run waits for the workers' first transfer, so that it cannot copy every file
+        // itself before they start.
+        f.host.onYield = [&] {
+            std::unique_lock lock(mutex);
+            if (f.run->state().CopiedCount >= 1)
+                begun.wait_for(lock, std::chrono::seconds(30), [&] { return anyBegun; });
+        };
+        f.ops.onTransfer = [&](const QByteArray&, bool begins) {
+            const std::lock_guard lock(mutex);
+            anyBegun = true;
+            begun.notify_all();
+            const QStringList own =
+                QDir(f.path("dst")).entryList({".ondrel~copies~*"}, QDir::Dirs | QDir::Hidden);
+            if (begins || !moved.isEmpty() || own.isEmpty())
+                return;
+            moved = f.path("elsewhere/" + own.first());
+            ::rename(QFile::encodeName(f.path("dst/" + own.first())).constData(),
+                     QFile::encodeName(moved).constData());
+        };
+        UnnamedFiles::setUsable(false);
+        f.stage();
+        UnnamedFiles::setUsable(true);
+        QVERIFY(!moved.isEmpty());
+        QCOMPARE(statOf(moved).st_mode & 0777, mode_t(0700));
+        QVERIFY(QDir(moved)
+                    .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot)
+                    .isEmpty());
+        for (int i = 0; i < 40; ++i)
+            QCOMPARE(f.read(QString("dst/s/f%1.txt").arg(i)), QByteArray((200 << 10) + i, 'x'));
+        QVERIFY(f.run->state().ProblemFiles.isEmpty());
     }
 
     // A file that appears at a missing destination while the copy is written is judged by the
