@@ -282,11 +282,7 @@ bool CopyJob::sourceChanged() const {
     struct stat now {};
     if (!m_watchedSource || ::fstat(m_watchedSource.get(), &now) != 0)
         return false;
-    const auto same = [](const struct timespec& a, const struct timespec& b) {
-        return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
-    };
-    return now.st_size != m_src.st_size || !same(now.st_mtim, m_src.st_mtim) ||
-           !same(now.st_ctim, m_src.st_ctim);
+    return !FileSystem::statusOf(now).sameFileAs(FileSystem::statusOf(m_src));
 }
 
 Result<CopiedFile> CopyJob::commit() {

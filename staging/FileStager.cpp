@@ -305,10 +305,12 @@ std::optional<FileStager::Next> FileStager::copy(Call& call,
     for (;;) {
         // What a killed run left: temporaries beside the files, and the directories its
         // threads made for their own at the top of the destination path.
-        for (const QByteArray* dir : {&destDir, &call.to->base}) {
-            if (!state.writtenDirs.contains(*dir)) {
-                state.writtenDirs.insert(*dir);
-                m_run.ops().removeStaleTemporaries(*dir);
+        if (!state.writtenDirs.contains(destDir)) {
+            for (const QByteArray* dir : {&destDir, &call.to->base}) {
+                if (!state.writtenDirs.contains(*dir)) {
+                    state.writtenDirs.insert(*dir);
+                    m_run.ops().removeStaleTemporaries(*dir);
+                }
             }
         }
         // A copy made ahead is taken once: a Retry copies the file here.

@@ -195,7 +195,7 @@ Result<std::unique_ptr<CopyJob>> TransferAhead::transfer(Entry& entry) {
     const Result<FileStatus> found = m_ops.status(entry.destination, StatusDetail::Probe);
     DestinationHint hint = DestinationHint::Unknown;
     if (found.ok()) {
-        if (!replaces(entry.source, found.value()))
+        if (!replaces(entry, found.value()))
             return Error(ErrNo::PathFileAccess); // left to the run, which decides on it
     } else if (const int number = found.error().number();
                number == ErrNo::FileNotFound || number == ErrNo::PathNotFound) {
@@ -210,13 +210,11 @@ int TransferAhead::temporariesIn(const QByteArray& base, int directory) {
         return -1;
     auto found = t_workDirectories->find(base);
     if (found == t_workDirectories->end()) {
-        // Made on the first copy into base that needs one (base is there by then): what a
-        // killed run left there is removed first.
+        // Made on the first copy into base that needs one (base is there by then). What a
+        // killed run left there is the run's to remove, on its first write below base.
         std::unique_ptr<WorkDirectory> made;
-        if (const int parent = DirectoryHandles::handleOf(base); parent >= 0) {
-            FileSystem::removeStaleTemporaries(base);
+        if (const int parent = DirectoryHandles::handleOf(base); parent >= 0)
             made = WorkDirectory::make(parent);
-        }
         found = t_workDirectories->emplace(base, std::move(made)).first;
     }
     struct stat st {};
@@ -226,14 +224,12 @@ int TransferAhead::temporariesIn(const QByteArray& base, int directory) {
     return found->second->handle();
 }
 
-bool TransferAhead::replaces(const QByteArray& source, const FileStatus& dest) {
+bool TransferAhead::replaces(const Entry& entry, const FileStatus& dest) const {
     switch (m_overwrite) {
     case OverwriteMode::Always:
         return true;
-    case OverwriteMode::IfOlder: {
-        const Result<FileStatus> from = m_ops.status(source, StatusDetail::WithoutAttributes);
-        return from.ok() && from->modified > dest.modified;
-    }
+    case OverwriteMode::IfOlder:
+        return entry.sourceStatus && entry.sourceStatus->modified > dest.modified;
     default: // Prompt waits for the user's answer; Never keeps what stands
         return false;
     }
@@ -245,9 +241,9 @@ bool TransferAhead::hasRoomFor(const std::shared_ptr<Entry>& entry, size_t count
     const qint64 taken = m_bytesDone + m_bytesWorking;
     if (entry == m_queue.front() || taken == 0)
         return true;
-    if (entry->expected < 0)
+    if (!entry->sourceRead)
         return taken < kMaxBytes;
-    return taken + entry->expected * qint64(count) <= kMaxBytes;
+    return taken + entry->expected() * qint64(count) <= kMaxBytes;
 }
 
 void TransferAhead::work() {
@@ -294,13 +290,16 @@ void TransferAhead::work() {
         // The size is read before the transfer begins, so that the window bounds the bytes
         // being written as well as those written: a few large files could otherwise fill the
         // disk with copies the run has not reached.
-        if (batch.front()->expected < 0) {
+        if (!batch.front()->sourceRead) {
             lock.unlock();
             const Result<FileStatus> from =
                 m_ops.status(batch.front()->source, StatusDetail::WithoutAttributes);
             lock.lock();
-            for (const std::shared_ptr<Entry>& entry : batch)
-                entry->expected = from.ok() ? from->size : 0;
+            for (const std::shared_ptr<Entry>& entry : batch) {
+                entry->sourceRead = true;
+                if (from.ok())
+                    entry->sourceStatus = from.value();
+            }
             const bool stillQueued = !batch.front()->stop;
             if (stillQueued && !hasRoomFor(batch.front(), batch.size())) {
                 // Held back until the window has room: left for a worker (or the run) to
@@ -314,7 +313,7 @@ void TransferAhead::work() {
                 continue;
             }
         }
-        const qint64 reserved = batch.front()->expected * qint64(batch.size());
+        const qint64 reserved = batch.front()->expected() * qint64(batch.size());
         m_bytesWorking += reserved;
         for (std::shared_ptr<Entry>& entry : batch) {
             lock.unlock();

@@ -11,6 +11,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -54,9 +55,12 @@ public:
         int failure = 0;           // the error number of a transfer that failed or was not made
         bool foundMissing = false; // the worker found nothing at the destination
         qint64 bytes = 0;
-        // What the source's size said before the transfer began, once a worker has read it
-        // (-1 until then): the window's room it takes while it is made.
-        qint64 expected = -1;
+        // The source as a worker read it before the transfer began (nothing when it could not
+        // be read), once read: its size is the window's room the transfer takes, its time what
+        // If Older judges by.
+        bool sourceRead = false;
+        std::optional<FileStatus> sourceStatus;
+        qint64 expected() const { return sourceStatus ? sourceStatus->size : 0; }
         // How often the transfer looked whether it was still wanted (between its chunks), and
         // how many of those looks the run has made its own.
         int looks = 0;
@@ -105,8 +109,8 @@ private:
     bool hasRoomFor(const std::shared_ptr<Entry>& entry, size_t count) const;
     // The worker's look at the destination, and the transfer if it is worth making.
     Result<std::unique_ptr<CopyJob>> transfer(Entry& entry);
-    // Whether the overwrite rule would replace dest, found standing, with source.
-    bool replaces(const QByteArray& source, const FileStatus& dest);
+    // Whether the overwrite rule would replace dest, found standing, with entry's source.
+    bool replaces(const Entry& entry, const FileStatus& dest) const;
     // The calling worker's directory of its own in destination path base, where the copies into
     // directory (a handle) that go by a temporary name are made; -1 for none (beside the
     // destination, then).
